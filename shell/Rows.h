@@ -1,0 +1,35 @@
+#pragma once
+// Dispatch of shell rows by id. Each group of rows lives in its own source
+// file and offers a list of bindings; Dispatch.cpp joins the lists. A row id
+// with no binding answers "*ERROR: Command not available in this build" and
+// fails with its id.
+
+#include <cstdint>
+#include <span>
+
+#include "shell/Session.h"
+
+namespace vortelm::shell {
+
+// What a row did: status 0 when its arguments were right (otherwise the
+// status word of the frame, e.g. -2), and failed when the operation it
+// called reported a failure, which makes the line's result the row's id.
+struct RowResult {
+    int16_t status = 0;
+    bool failed = false;
+};
+
+using RowFn = RowResult (*)(Session&);
+
+struct RowBinding {
+    int32_t id;
+    RowFn run;
+};
+
+// The row lists, one per source file.
+std::span<const RowBinding> FrameRows();  // _help, _test, _quit (Rows_Frame.cpp)
+
+// The binding of an id, or nullptr when its operation is not in this build.
+[[nodiscard]] RowFn FindRow(int32_t id);
+
+}  // namespace vortelm::shell

@@ -1,0 +1,85 @@
+#pragma once
+// What a shell row works with: the program state, the parsed arguments of the
+// line being run, and the objects of the layers below that rows call. The
+// program (Program.h) owns one session; tests build their own.
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "core/ProgramState.h"
+
+namespace vortelm::link {
+class ComPort;
+}
+
+namespace vortelm::shell {
+
+// One argument of a shell line, classified as every kind it can be.
+struct ParsedParameter {
+    std::string text;  // without leading blanks; always valid as a string
+    int32_t decimal = 0;
+    int16_t isDecimal = 0;
+    int32_t hex8 = 0;
+    int16_t isHex8 = 0;
+    int32_t hex16 = 0;
+    int16_t isHex16 = 0;
+    int32_t hex24 = 0;
+    int16_t isHex24 = 0;
+    int32_t memDevice = 0;
+    int16_t isMemDevice = 0;
+    int32_t sfr = 0;
+    int16_t isSfr = 0;
+    int16_t onOff = 0;
+    int16_t isOnOff = 0;
+    int32_t variable = 0;
+    int16_t isVariable = 0;
+    std::string fileName;
+    int16_t isFileName = 0;
+};
+
+struct ShellParameterRecord {
+    std::string name;
+    int16_t optional = 0;
+    std::string type;
+    std::array<std::array<int32_t, 2>, 16> ranges{};
+    std::string alternativeType;
+    std::string description;
+};
+
+struct ShellCommandRecord {
+    int32_t group = 0;
+    std::string name;
+    int32_t id = 0;
+    int16_t minParameters = 0;
+    int16_t maxParameters = 0;
+    int16_t listed = 0;
+    std::string usage;
+    std::string description;
+    std::array<ShellParameterRecord, 16> parameters{};
+    int16_t parameterCount = 0;
+};
+
+struct ShellTable {
+    std::array<ShellCommandRecord, 257> shellCommands{};
+    int16_t shellCommandCount = 0;
+    std::array<std::string, 32> shellGroupNames{};
+};
+
+struct Session {
+    explicit Session(ProgramState& state) : st(state) {}
+
+    ProgramState& st;
+    ShellTable table;
+    std::array<ParsedParameter, 16> parsedParameters{};
+    int16_t parsedParameterCount = 0;
+
+    // The serial channel, once the link is wired (null in tests that need none).
+    link::ComPort* port = nullptr;
+
+    // Ends the program (the _quit row): set by the program.
+    std::function<void()> shutDown;
+};
+
+}  // namespace vortelm::shell
