@@ -1,7 +1,6 @@
 #include "apps/vortelm-cli/CliHost.h"
 
 #include <spawn.h>
-#include <sys/wait.h>
 
 #include <cstdio>
 
@@ -75,7 +74,6 @@ bool CliHost::startDetached(const std::string& program, const std::vector<std::s
     argv.push_back(nullptr);
     pid_t pid = 0;
     if (::posix_spawnp(&pid, prog.c_str(), nullptr, nullptr, argv.data(), environ) != 0) return false;
-    // Reaped at once by nobody: a detached child is left to init when we end.
     return true;
 }
 

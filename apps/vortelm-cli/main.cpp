@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <csignal>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -131,6 +133,10 @@ int main(int argc, char** argv) {
         std::error_code ec;
         options.home = std::filesystem::absolute(options.home, ec).string();
     }
+
+    // Programs started without waiting (the text editor) are reaped by the
+    // system when they end.
+    std::signal(SIGCHLD, SIG_IGN);
 
     vortelm::cli::CliHost host(answerYes);
     vortelm::shell::Program program(host, options);
