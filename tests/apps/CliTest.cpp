@@ -161,6 +161,13 @@ TEST_F(Cli, ExistingScriptWordIsNotYetRunnable) {
     EXPECT_NE(out.find("job.scm"), std::string::npos);
 }
 
+TEST_F(Cli, ClosedStandardInputEnds) {
+    const std::string cmd = std::string("'") + VORTELM_CLI + "' --home '" + dir + "/home' <&- >'" + dir + "/out'";
+    const int rc = std::system(cmd.c_str());
+    EXPECT_TRUE(WIFEXITED(rc));
+    EXPECT_EQ(WEXITSTATUS(rc), 0);
+}
+
 TEST_F(Cli, HomeIsMadeAndUsed) {
     Run("_test\n");
     EXPECT_TRUE(fs::is_directory(dir + "/home"));
