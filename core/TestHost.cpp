@@ -31,7 +31,9 @@ int TestHost::startTimer(int intervalMs, std::function<void()> fn) {
     return id;
 }
 
-void TestHost::stopTimer(int id) { timers_.erase(id); }
+void TestHost::stopTimer(int id) {
+    timers_.erase(id);
+}
 
 void TestHost::yield(std::optional<int64_t> untilUs) {
     ++yields;

@@ -54,15 +54,17 @@ constexpr const char* kHelp =
 // Standard input as a source of the event loop: lines are collected while
 // the loop runs timers and the line's events.
 class StdinSource : public vortelm::EventSource {
-public:
+  public:
     // A closed standard input is an empty one.
     StdinSource() : eof(::fcntl(STDIN_FILENO, F_GETFD) < 0) {}
     [[nodiscard]] int pollFd() const override { return eof ? -1 : STDIN_FILENO; }
     void dispatch() override {
         char buf[4096];
         const ssize_t n = ::read(STDIN_FILENO, buf, sizeof buf);
-        if (n > 0) pending.append(buf, static_cast<size_t>(n));
-        else if (n == 0 || (errno != EINTR && errno != EAGAIN)) eof = true;
+        if (n > 0)
+            pending.append(buf, static_cast<size_t>(n));
+        else if (n == 0 || (errno != EINTR && errno != EAGAIN))
+            eof = true;
     }
     // Takes the next complete line (or the last, unterminated one at the end).
     bool nextLine(std::string& line) {
