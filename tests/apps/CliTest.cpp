@@ -132,13 +132,10 @@ TEST_F(Cli, EmptyInputEndsAtOnce) {
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(Cli, PlainTextIsSentNotRun) {
-    // With no port open the line is still announced; what the send then
-    // reports is the serial channel's business.
+TEST_F(Cli, TextWithoutAPort) {
     Run("hello\n");
-    const std::string announced = "\n-> SENDING: hello";
-    EXPECT_EQ(out.substr(0, announced.size()), announced);
-    EXPECT_EQ(out.find(">hello"), std::string::npos);
+    EXPECT_EQ(out, "\n-> SENDING: hello\n*ERROR: No communication port open");
+    EXPECT_EQ(status, 1);
 }
 
 TEST_F(Cli, PendingRowSaysSo) {
