@@ -79,7 +79,7 @@ std::string Program::VersionText() { return VORTELM_VERSION; }
 void Program::RunStep(void (Program::*step)()) {
     try {
         (this->*step)();
-    } catch (const RunTimeError& e) {
+    } catch (const std::exception& e) {  // RunTimeError above all
         Text2Buffer(*st_, CrLf() + "*ERROR: " + e.what());
     }
     ++stepsRun;
@@ -216,7 +216,13 @@ void Program::StepRunStartupScripts() {
 void Program::StepScaleForms() {}
 
 int16_t Program::RunCommandBoxLine(std::string_view line) {
-    return shell::RunCommandBoxLine(*session_, line);
+    // The front ends' event: a bound met while sending ends the line only.
+    try {
+        return shell::RunCommandBoxLine(*session_, line);
+    } catch (const std::exception& e) {
+        Text2Buffer(*st_, CrLf() + "*ERROR: " + e.what());
+        return -1;
+    }
 }
 
 void Program::ShutDownProgram() {

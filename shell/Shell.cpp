@@ -205,12 +205,14 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
             }
         }
         if (status != 0) {
-            Say(st, StatusText(static_cast<int16_t>(status)));
+            if (const std::string text = StatusText(static_cast<int16_t>(status)); !text.empty())
+                Say(st, text);
             if ((status == -2 || status == -3) && row >= 0)
                 Say(st, "usage: " + s.table.shellCommands[row].usage);
         }
-    } catch (const RunTimeError& e) {
-        // The operation met a bound: it ends here, the program goes on.
+    } catch (const std::exception& e) {
+        // The operation met a bound (RunTimeError, or a library's own range
+        // check): it ends here, the program goes on.
         Say(st, std::string("*ERROR: ") + e.what());
         status = -1;
         extra = 0;
