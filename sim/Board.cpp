@@ -682,7 +682,9 @@ uint16_t Board::program(std::size_t unit, uint32_t address, uint32_t buffer, uin
         if (sector >= 0 && st.locked[static_cast<std::size_t>(sector)]) return 4;
         const uint8_t want = read(buffer + i);
         uint8_t& cell = st.data[a - def.first];
-        cell = static_cast<uint8_t>(cell & want);  // programming only clears bits
+        // Programming moves bits away from the blank value only: an
+        // erased-high flash clears bits, an erased-low flash sets them.
+        cell = static_cast<uint8_t>(def.blank == 0x00 ? (cell | want) : (cell & want));
         if (cell != want) result = 1;              // a cell that cannot reach the value
     }
     pendingDelay_ += times_.programUs;

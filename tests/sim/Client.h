@@ -148,7 +148,7 @@ struct Client {
         h.insert(h.end(), l.begin(), l.end());
         send(h);
         send(data);
-        if (recv1() != 0xEA) return false;
+        if (recv1(120'000'000) != 0xEA) return false;  // the data may take long on a paced line
         send1(0x33);
         if (recv1() != 0xAA) return false;
         const int c = recv1();
@@ -162,7 +162,7 @@ struct Client {
         auto l = Word(n);
         h.insert(h.end(), l.begin(), l.end());
         send(h);
-        auto data = recv(n);
+        auto data = recv(n, 120'000'000);
         if (data.size() != n) return std::nullopt;
         if (recv1() != 0xEA) return std::nullopt;
         send1(0x33);
