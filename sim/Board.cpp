@@ -705,14 +705,14 @@ uint16_t Board::eraseSector(std::size_t unit, uint32_t sector) {
 uint16_t Board::eraseWordline(std::size_t unit, uint32_t address, uint32_t size) {
     const auto& def = model_.flash[unit];
     auto& st = flash_[unit];
-    if (size == 0) size = 128;
+    if (size == 0 || size > def.size) size = 128;
     const uint32_t start = address & ~(size - 1);
     if (start < def.first || start - def.first >= def.size) return 2;
     if (st.protectedUnit || (def.internal && protLevel_ >= 2)) return 4;
     const int sector = sectorOf(unit, start);
     if (sector >= 0 && st.locked[static_cast<std::size_t>(sector)]) return 4;
-    const uint32_t end = std::min(start - def.first + size, def.size);
-    std::fill(st.data.begin() + (start - def.first), st.data.begin() + end, def.blank);
+    const auto end = static_cast<std::size_t>(std::min<uint64_t>(uint64_t{start - def.first} + size, def.size));
+    std::fill(st.data.begin() + (start - def.first), st.data.begin() + static_cast<std::ptrdiff_t>(end), def.blank);
     pendingDelay_ += times_.eraseWordlineUs;
     return 0;
 }
