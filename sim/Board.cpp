@@ -61,6 +61,7 @@ void Board::resetRegisters() {
     pendingDelay_ = 0;
     pendingRate_ = 0;
     driverInitialised_ = 0xFFFFFFFF;
+    afterCall_ = false;
 }
 
 void Board::powerOn() {
@@ -355,6 +356,14 @@ void Board::receive(uint8_t byte, bool clean, double hostRate, std::vector<Board
             mode_ = Mode::Monitor;
             return;
         case Mode::Monitor:
+            if (command_ == 0 && afterCall_ && byte == 0x00) {
+                // The zero a host may send behind a call's registers: the
+                // routine returned without taking it, the core does.
+                afterCall_ = false;
+                emit(out, wire::kHelperDone);
+                return;
+            }
+            afterCall_ = false;
             if (command_ == 0 && measures) {
                 // Idle: a zero byte means the host lost our rate; measure it again.
                 rate_ = hostRate;
@@ -654,6 +663,7 @@ void Board::doCall(std::vector<BoardByte>& out) {
     command_ = 0;
     ack2(out);
     if (helper) emit(out, wire::kHelperDone);
+    afterCall_ = !helper;
 }
 
 std::array<uint8_t, 8> Board::passwordAt(uint32_t buffer) const {
