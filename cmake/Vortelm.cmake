@@ -10,6 +10,13 @@ if(VORTELM_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+# Fuzzing: every library gets coverage for libFuzzer and the sanitizers;
+# the targets in fuzz/ add the fuzzer's main.
+if(VORTELM_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 # vortelm_library(<name> SOURCES ... [DEPS ...])
 # A library of one folder. Its headers are included as "<folder>/<file>.h"
 # from the source root; the layering test checks that a folder includes only
