@@ -56,25 +56,35 @@ void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fill
     if (FileExists(st, name, kFalse)) RemoveFile(st, name);
     const std::string resolved = ResolveSavePath(st, name);
 
-    // The file as it grows, one byte per address. A gap byte is written as
-    // 16 bits: its upper half stands behind it until the next write covers
-    // it; pending marks that this half is the last byte of the file now.
-    std::string out;
-    bool pending = false;
+    FileOut file(NativePath(resolved));
+    if (!file.isOpen()) throw RunTimeError("file " + resolved + " cannot be opened for writing");
+    auto put = [&](uint64_t position, std::string_view bytes) {
+        if (!file.writeAt(position, bytes))
+            throw RunTimeError("file " + resolved + " cannot be written");
+    };
+
+    // One byte per address from position 0. A gap byte is written as 16
+    // bits: its upper half stands behind it until the next write covers it.
+    uint64_t pos = 0;
     std::vector<uint8_t> values;
     std::vector<uint8_t> status;
+    std::string gap;
+    constexpr uint8_t kRead = kMarkDefined | kMarkValid;
     for (int i = 0; i < sel.count; ++i) {
-        const int64_t start = sel.start[i];
         const int64_t end = sel.end[i];
-        for (int64_t a = start; a <= end;) {
+        for (int64_t a = sel.start[i]; a <= end;) {
             const int64_t n = std::min<int64_t>(end - a + 1, 1 << 20);
             values.resize(static_cast<size_t>(n));
             status.resize(static_cast<size_t>(n));
             ReadDumpBlock(st.dump, static_cast<int32_t>(a), values, status);
-            for (size_t k = 0; k < values.size(); ++k) {
-                if (!(status[k] & (kMarkDefined | kMarkValid))) {
+            bool unread = false;
+            for (uint8_t m : status) unread |= (m & kRead) == 0;
+            if (unread) {
+                // Some byte is neither Defined nor Valid: it takes the fill value.
+                for (size_t k = 0; k < values.size(); ++k) {
+                    if (status[k] & kRead) continue;
                     if (fillValue < 0) {
-                        WriteOutput(resolved, out);
+                        put(pos, std::string_view(reinterpret_cast<const char*>(values.data()), k));
                         throw RunTimeError("fill value " + std::to_string(fillValue) +
                                            " for the unread byte at " +
                                            HexText(static_cast<int32_t>(a + int64_t(k)), 6));
@@ -82,22 +92,22 @@ void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fill
                     values[k] = static_cast<uint8_t>(fillValue);
                 }
             }
-            if (pending) out.pop_back();
-            pending = false;
-            out.append(reinterpret_cast<const char*>(values.data()), values.size());
+            put(pos, std::string_view(reinterpret_cast<const char*>(values.data()), values.size()));
+            pos += values.size();
             a += n;
         }
         if (i + 1 < sel.count && fillValue >= 0) {
-            const int64_t gap = int64_t(sel.start[i + 1]) - end - 1;
-            if (gap > 0) {
-                if (pending) out.pop_back();
-                out.append(static_cast<size_t>(gap), static_cast<char>(fillValue & 0xFF));
-                out.push_back(static_cast<char>((fillValue >> 8) & 0xFF));
-                pending = true;
+            for (int64_t left = int64_t(sel.start[i + 1]) - end - 1; left > 0;) {
+                const int64_t n = std::min<int64_t>(left, 1 << 20);
+                gap.assign(static_cast<size_t>(n), static_cast<char>(fillValue & 0xFF));
+                gap.push_back(static_cast<char>((fillValue >> 8) & 0xFF));
+                put(pos, gap);
+                pos += static_cast<uint64_t>(n);
+                left -= n;
             }
         }
     }
-    WriteOutput(resolved, out);
+    if (!file.close()) throw RunTimeError("file " + resolved + " cannot be written");
 }
 
 int32_t LoadBinaryCommand(ProgramState& st, std::string_view name, int32_t address) {

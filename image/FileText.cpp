@@ -19,9 +19,8 @@ std::optional<FileBytes> FileBytes::Open(const std::string& nativeName) {
     }
     FileBytes f;
     if (S_ISREG(sb.st_mode) && sb.st_size > 0) {
-        void* p = ::mmap(nullptr, static_cast<size_t>(sb.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
+        void* p = ::mmap(nullptr, static_cast<size_t>(sb.st_size), PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
         if (p != MAP_FAILED) {
-            ::madvise(p, static_cast<size_t>(sb.st_size), MADV_SEQUENTIAL);
             f.data_ = static_cast<const char*>(p);
             f.size_ = static_cast<size_t>(sb.st_size);
             f.mapped_ = true;
@@ -88,6 +87,34 @@ bool WriteWholeFile(const std::string& nativeName, std::string_view text) {
         done += static_cast<size_t>(n);
     }
     return ::close(fd) == 0;
+}
+
+}  // namespace vortelm
+
+namespace vortelm {
+
+FileOut::FileOut(const std::string& nativeName)
+    : fd_(::open(nativeName.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {}
+
+FileOut::~FileOut() {
+    if (fd_ >= 0) ::close(fd_);
+}
+
+bool FileOut::writeAt(uint64_t position, std::string_view bytes) {
+    size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::pwrite(fd_, bytes.data() + done, bytes.size() - done,
+                                   static_cast<off_t>(position + done));
+        if (n <= 0) return false;
+        done += static_cast<size_t>(n);
+    }
+    return true;
+}
+
+bool FileOut::close() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd >= 0 && ::close(fd) == 0;
 }
 
 }  // namespace vortelm
