@@ -5,10 +5,10 @@
 // with a whole cold load.
 
 #include <algorithm>
-#include <cstdlib>
-#include <ctime>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -23,7 +23,9 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-double Ms(Clock::duration d) { return std::chrono::duration<double, std::milli>(d).count(); }
+double Ms(Clock::duration d) {
+    return std::chrono::duration<double, std::milli>(d).count();
+}
 
 // Processor time of this process in milliseconds: on a shared machine the
 // wall time also counts the other programs' turns.
@@ -47,7 +49,8 @@ std::vector<std::string> Names(int count) {
 }  // namespace
 
 int main() {
-    const fs::path dir = fs::temp_directory_path() / ("vortelm-bench-sfr-" + std::to_string(::getpid()));
+    const fs::path dir =
+        fs::temp_directory_path() / ("vortelm-bench-sfr-" + std::to_string(::getpid()));
     fs::create_directories(dir / "SFRDEF");
     const std::string sfr = (dir / "SFRDEF" / "BENCH.SFR").string();
     const std::string sb = vortelm::SfrCachePath(sfr);
@@ -114,9 +117,11 @@ int main() {
     const double coldMs = median(cold);
     const double warmMs = median(warm);
     std::printf("SFR load, 8192 registers with 4 bit fields each (median of %d)\n", kRuns);
-    std::printf("cold (text, sort, cache written): %.2f ms wall, %.2f ms cpu  (goal <= 20 ms: %s)\n",
-                coldMs, median(coldCpu), coldMs <= 20.0 ? "met" : "missed");
-    std::printf("warm (from .sb cache):            %.2f ms wall, %.2f ms cpu\n", warmMs, median(warmCpu));
+    std::printf(
+        "cold (text, sort, cache written): %.2f ms wall, %.2f ms cpu  (goal <= 20 ms: %s)\n",
+        coldMs, median(coldCpu), coldMs <= 20.0 ? "met" : "missed");
+    std::printf("warm (from .sb cache):            %.2f ms wall, %.2f ms cpu\n", warmMs,
+                median(warmCpu));
     std::printf("peer exchange sort of the names:  %.2f ms\n", peerMs);
     std::printf("ratio peer / cold load:           %.1f\n", peerMs / coldMs);
     fs::remove_all(dir);

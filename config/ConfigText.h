@@ -18,7 +18,7 @@ namespace config {
 // folder and mapped to the file system), each without its line end ("\n",
 // "\r\n" or a lone "\r"). Nothing when the file cannot be opened.
 [[nodiscard]] std::optional<std::vector<std::string>> ReadLines(const ProgramState& st,
-                                                                 std::string_view name);
+                                                                std::string_view name);
 
 // Replaces a file by the text: written to a temporary file beside it and
 // renamed over the old one, so that a crash leaves either file whole.

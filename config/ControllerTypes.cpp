@@ -69,8 +69,8 @@ void ReadControllerTypes(ProgramState& st, std::string_view path) {
             int k = 0;
             while (true) {
                 auto comma = line.find(',', start);
-                std::string item = line.substr(start, comma == std::string::npos ? std::string::npos
-                                                                                  : comma - start);
+                std::string item = line.substr(
+                    start, comma == std::string::npos ? std::string::npos : comma - start);
                 const auto x = item.find('X');
                 if (x != std::string::npos) item.erase(0, x + 1);
                 CheckBound(k, 255, "identification value");
@@ -124,8 +124,10 @@ void MemoryUnitReader::line(std::string t) {
         if (const auto open = t.find('['); open != std::string::npos) {
             const auto close = t.find(']');
             std::string name;
-            if (close == std::string::npos) name = t.substr(open + 1);
-            else if (close > open) name = t.substr(open + 1, close - open - 1);
+            if (close == std::string::npos)
+                name = t.substr(open + 1);
+            else if (close > open)
+                name = t.substr(open + 1, close - open - 1);
             openUnit(std::move(name));
             return;
         }
@@ -159,8 +161,10 @@ void MemoryUnitReader::line(std::string t) {
         if (!has(key)) continue;
         const int32_t i = indexAfter(key).value_or(0);
         CheckBound(i, 5, "activate register");
-        if (mask) u.activateMasks[i] = HexBehindEquals(t);
-        else u.activateRegisters[i] = ValueOf(t);
+        if (mask)
+            u.activateMasks[i] = HexBehindEquals(t);
+        else
+            u.activateRegisters[i] = ValueOf(t);
         if (i >= u.activateCount) u.activateCount = static_cast<int16_t>(i + 1);
         return;
     }
@@ -177,13 +181,15 @@ void MemoryUnitReader::line(std::string t) {
         return;
     }
     const bool prefs = form_ == Form::Preferences;
-    for (const char* key : {"STARTADDRESS", "LENGTH", "MAPPED", "MAPADDRESS", "MAPMASK", "MAPREGISTER"}) {
+    for (const char* key :
+         {"STARTADDRESS", "LENGTH", "MAPPED", "MAPADDRESS", "MAPMASK", "MAPREGISTER"}) {
         const std::string_view k = key;
         if (k == "MAPPED" && !prefs) continue;  // not a key of a .MEM file
         if (!has(k)) continue;
         const auto p = t.find(k);
         const auto eq = t.find('=');
-        if (auto before = ParenthesisedText(std::string_view(t).substr(0, p))) section_ = Val(*before);
+        if (auto before = ParenthesisedText(std::string_view(t).substr(0, p)))
+            section_ = Val(*before);
         const auto open = p + k.size();
         if (open < t.size() && t[open] == '(' && (eq == std::string::npos || open < eq))
             range_ = Val(std::string_view(t).substr(open + 1));
@@ -191,12 +197,18 @@ void MemoryUnitReader::line(std::string t) {
         CheckBound(range_, 4, "section range");
         MemorySection& s = u.sections[section_];
         SectionRange& r = s.ranges[range_];
-        if (k == "STARTADDRESS") r.startAddress = HexBehindEquals(t);
-        else if (k == "LENGTH") r.length = HexBehindEquals(t);
-        else if (k == "MAPPED") r.mappedNow = kTrue;
-        else if (k == "MAPADDRESS") r.mapAddress = HexBehindEquals(t), r.mappingDefined = kTrue;
-        else if (k == "MAPMASK") r.mapMask = HexBehindEquals(t), r.mappingDefined = kTrue;
-        else r.mapRegister = ValueOf(t), r.mappingDefined = kTrue;
+        if (k == "STARTADDRESS")
+            r.startAddress = HexBehindEquals(t);
+        else if (k == "LENGTH")
+            r.length = HexBehindEquals(t);
+        else if (k == "MAPPED")
+            r.mappedNow = kTrue;
+        else if (k == "MAPADDRESS")
+            r.mapAddress = HexBehindEquals(t), r.mappingDefined = kTrue;
+        else if (k == "MAPMASK")
+            r.mapMask = HexBehindEquals(t), r.mappingDefined = kTrue;
+        else
+            r.mapRegister = ValueOf(t), r.mappingDefined = kTrue;
         if (section_ >= u.sectionCount) u.sectionCount = static_cast<int16_t>(section_ + 1);
         if (range_ >= s.rangeCount) s.rangeCount = static_cast<int16_t>(range_ + 1);
         return;
@@ -236,7 +248,8 @@ void MemoryUnitReader::line(std::string t) {
         const auto bit = t.find("BIT", t.find("STATUS") + 6);
         if (bit != std::string::npos) {
             int32_t j = 0;
-            if (bit + 3 < t.size() && t[bit + 3] == '(') j = Val(std::string_view(t).substr(bit + 4));
+            if (bit + 3 < t.size() && t[bit + 3] == '(')
+                j = Val(std::string_view(t).substr(bit + 4));
             CheckBound(j, 16, "status bit");
             std::string v = ValueOf(t);
             int16_t n = 1;
@@ -253,7 +266,9 @@ void MemoryUnitReader::line(std::string t) {
     }
 }
 
-void MemoryUnitReader::finish() { ++st_.memoryUnitCount; }
+void MemoryUnitReader::finish() {
+    ++st_.memoryUnitCount;
+}
 
 }  // namespace config
 
@@ -283,7 +298,8 @@ MemoryPosition FindMemoryPosition(const ProgramState& st, int32_t address) {
             const MemorySection& sec = unit.sections[s];
             for (int r = 0; r < sec.rangeCount && r <= 4; ++r) {
                 const SectionRange& range = sec.ranges[r];
-                const int64_t from = range.mappedNow == kTrue ? range.mapAddress : range.startAddress;
+                const int64_t from =
+                    range.mappedNow == kTrue ? range.mapAddress : range.startAddress;
                 if (address >= from && address < from + int64_t(range.length)) pos = {u, s, r};
             }
         }

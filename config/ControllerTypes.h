@@ -58,7 +58,7 @@ namespace config {
 // -1 before the first line and calls finish() after the last one (or when a
 // bound failure ends the read), which adds 1 to make it the number of units.
 class MemoryUnitReader {
-public:
+  public:
     enum class Form { MemFile, Preferences };
     MemoryUnitReader(ProgramState& st, Form form) : st_(st), form_(form) {}
     // One line, already upper-cased. Throws RunTimeError on an index past
@@ -66,7 +66,7 @@ public:
     void line(std::string text);
     void finish();
 
-private:
+  private:
     void openUnit(std::string name);
     ProgramState& st_;
     Form form_;

@@ -26,8 +26,8 @@ bool StartsWith(std::string_view text, std::string_view key) {
 
 void InitFeatureNames(ProgramState& st) {
     static constexpr const char* kNames[] = {
-        "RELOCATABLE", "WRITEWORD", "WRITEBLOCK", "READBLOCK",   "CALL",
-        "JMP",         "EINIT",     "SWRESET",    "GETCHECKSUM", "TEST",
+        "RELOCATABLE", "WRITEWORD", "WRITEBLOCK", "READBLOCK",    "CALL",
+        "JMP",         "EINIT",     "SWRESET",    "GETCHECKSUM",  "TEST",
         "ASC02ASC1",   "READWORD",  "WRITESEQ",   "SETPROTECTION"};
     st.featureNameCount = 0;
     for (const char* n : kNames) st.featureNames[st.featureNameCount++] = n;
@@ -63,9 +63,10 @@ void ReadKernels(ProgramState& st, std::string_view path) {
             while (!value.empty()) {
                 const auto comma = value.find(',', start);
                 CheckBound(k.featureCount, 63, "kernel feature");
-                k.features[k.featureCount++] = KernelFeature{
-                    value.substr(start, comma == std::string::npos ? std::string::npos : comma - start),
-                    0, kTrue};
+                k.features[k.featureCount++] =
+                    KernelFeature{value.substr(start, comma == std::string::npos ? std::string::npos
+                                                                                 : comma - start),
+                                  0, kTrue};
                 if (comma == std::string::npos) break;
                 start = comma + 1;
             }
@@ -93,8 +94,8 @@ bool WriteKernels(const ProgramState& st, std::string_view path) {
         out += "\n";
         out += "STARTADDRESS" + n + HexText(k.startAddress, 6) + "\n";
         out += "ENDADDRESS" + n + HexText(k.endAddress, 6) + "\n";
-        out += "PATCHSTARTADDRESS" + n + (k.patchStartAddress > 0 ? HexText(k.patchStartAddress, 6) : "") +
-               "\n";
+        out += "PATCHSTARTADDRESS" + n +
+               (k.patchStartAddress > 0 ? HexText(k.patchStartAddress, 6) : "") + "\n";
         out += "\n";
     }
     return config::WriteFileAtomically(st, path, out);
@@ -127,9 +128,15 @@ void SelectDefaultKernel(ProgramState& st) {
     } else {
         const bool kline = st.KLINE == 1;
         switch (st.ControllerFamily) {
-        case 1: name = kline ? "ZTA9Y_KLINE" : "ZTA9Y_DEFAULT"; break;
-        case 2: name = kline ? "ZT7000_KLINE" : "ZT7000_DEFAULT"; break;
-        default: name = kline ? "ALD4_KLINE" : "ALD4_DEFAULT"; break;
+            case 1:
+                name = kline ? "ZTA9Y_KLINE" : "ZTA9Y_DEFAULT";
+                break;
+            case 2:
+                name = kline ? "ZT7000_KLINE" : "ZT7000_DEFAULT";
+                break;
+            default:
+                name = kline ? "ALD4_KLINE" : "ALD4_DEFAULT";
+                break;
         }
     }
     SelectKernelByName(st, name);

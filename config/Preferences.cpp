@@ -76,11 +76,14 @@ void SetFileMemo(const ProgramState& st, FileMemo& memo, std::string_view value)
     }
 }
 
-std::string MemoPath(const FileMemo& memo) { return QuotePath(memo.folder + "\\" + memo.name); }
+std::string MemoPath(const FileMemo& memo) {
+    return QuotePath(memo.folder + "\\" + memo.name);
+}
 
 class PreferenceReader {
-public:
-    explicit PreferenceReader(ProgramState& st) : st_(st), memory_(st, config::MemoryUnitReader::Form::Preferences) {}
+  public:
+    explicit PreferenceReader(ProgramState& st)
+        : st_(st), memory_(st, config::MemoryUnitReader::Form::Preferences) {}
 
     void line(const std::string& raw) {
         const std::string text = StripBlanks(raw, kTrue);
@@ -88,24 +91,41 @@ public:
         for (size_t s = 0; s < kSections.size(); ++s)
             if (upper.rfind(UpperCase(kSections[s]), 0) == 0) section_ = static_cast<int>(s + 1);
         switch (section_) {
-        case 1: vortelm(text, upper); break;
-        case 2: communication(text, upper); break;
-        case 3: controller(text, upper); break;
-        case 4: memory_.line(upper); break;
-        case 5: registerLine(upper); break;
-        case 6:
-            if (upper.rfind("EINIT", 0) == 0) st_.EINIT = 1;
-            break;
-        case 7: files(text, upper); break;
-        case 8: messages(upper); break;
-        case 9: frontend(text, upper); break;
-        default: break;  // before any header
+            case 1:
+                vortelm(text, upper);
+                break;
+            case 2:
+                communication(text, upper);
+                break;
+            case 3:
+                controller(text, upper);
+                break;
+            case 4:
+                memory_.line(upper);
+                break;
+            case 5:
+                registerLine(upper);
+                break;
+            case 6:
+                if (upper.rfind("EINIT", 0) == 0) st_.EINIT = 1;
+                break;
+            case 7:
+                files(text, upper);
+                break;
+            case 8:
+                messages(upper);
+                break;
+            case 9:
+                frontend(text, upper);
+                break;
+            default:
+                break;  // before any header
         }
     }
 
     void finish() { memory_.finish(); }
 
-private:
+  private:
     // The key at the beginning of the upper-cased line; the value behind it.
     static std::optional<std::string> Value(const std::string& text, const std::string& upper,
                                             std::string_view key) {
@@ -121,12 +141,14 @@ private:
     }
 
     void vortelm(const std::string& text, const std::string& upper) {
-        if (auto v = Value(text, upper, "IDLENGTH=")) st_.IDLENGTH = static_cast<int16_t>(config::Val(*v));
+        if (auto v = Value(text, upper, "IDLENGTH="))
+            st_.IDLENGTH = static_cast<int16_t>(config::Val(*v));
         if (auto v = Value(text, upper, "KERNEL=")) {
             st_.CurrentKernel = static_cast<int16_t>(KernelIndexByName(st_, *v));
             takeKernelAddresses();
         }
-        if (auto v = Value(text, upper, "TRANSFERBUFFERSTARTADDRESS=")) st_.TRANSFERBUFFERSTARTADDRESS = HexValue(*v);
+        if (auto v = Value(text, upper, "TRANSFERBUFFERSTARTADDRESS="))
+            st_.TRANSFERBUFFERSTARTADDRESS = HexValue(*v);
         if (auto v = Value(text, upper, "VORTELM=")) oldMonitor_ = *v, oldKeys_ = true;
         if (auto v = Value(text, upper, "VORTELMKLINE=")) oldMonitorKline_ = *v, oldKeys_ = true;
     }
@@ -138,21 +160,28 @@ private:
             int32_t* large;
         };
         const Key keys[] = {
-            {"PORT=COM", &st_.PORT, nullptr},          {"BAUDRATE=", nullptr, &st_.BAUDRATE},
-            {"PARITY=", &st_.PARITY, nullptr},         {"DATA=", &st_.DATA, nullptr},
-            {"STOPBITS=", &st_.STOPBITS, nullptr},     {"TIMEOUT=", nullptr, &st_.TIMEOUT},
-            {"KLINE=", &st_.KLINE, nullptr},           {"TMODE=", &st_.TMODE, nullptr},
+            {"PORT=COM", &st_.PORT, nullptr},
+            {"BAUDRATE=", nullptr, &st_.BAUDRATE},
+            {"PARITY=", &st_.PARITY, nullptr},
+            {"DATA=", &st_.DATA, nullptr},
+            {"STOPBITS=", &st_.STOPBITS, nullptr},
+            {"TIMEOUT=", nullptr, &st_.TIMEOUT},
+            {"KLINE=", &st_.KLINE, nullptr},
+            {"TMODE=", &st_.TMODE, nullptr},
             {"CONNECTTIMEOUT=", nullptr, &st_.CONNECTTIMEOUT},
             {"CONNECTRETRY=", nullptr, &st_.CONNECTRETRY},
             {"CHECKCONNECTION=", &st_.CHECKCONNECTION, nullptr},
-            {"INITCHAR=", &st_.INITCHAR, nullptr},     {"COMPORTS=", &st_.COMPORTS, nullptr},
+            {"INITCHAR=", &st_.INITCHAR, nullptr},
+            {"COMPORTS=", &st_.COMPORTS, nullptr},
         };
         for (const Key& k : keys) {
             auto v = Value(text, upper, k.key);
             if (!v) continue;
             const int32_t n = config::Val(*v);
-            if (k.small) *k.small = static_cast<int16_t>(n);
-            else *k.large = n;
+            if (k.small)
+                *k.small = static_cast<int16_t>(n);
+            else
+                *k.large = n;
             if (std::string_view(k.key) == "KLINE=" && oldKeys_) {
                 st_.CurrentKernel = static_cast<int16_t>(
                     KernelIndexByMonitorPath(st_, st_.KLINE == 1 ? oldMonitorKline_ : oldMonitor_));
@@ -195,14 +224,16 @@ private:
             reg.address = std::to_string(address);
         } else {
             const auto comma = upper.find(',', eq);
-            const std::string value = eq + 3 < upper.size()
-                                          ? upper.substr(eq + 3, comma == std::string::npos || comma < eq + 3
-                                                                     ? std::string::npos
-                                                                     : comma - eq - 3)
-                                          : "";
+            const std::string value =
+                eq + 3 < upper.size()
+                    ? upper.substr(eq + 3, comma == std::string::npos || comma < eq + 3
+                                               ? std::string::npos
+                                               : comma - eq - 3)
+                    : "";
             reg.value = HexValue(value);
-            const std::string address =
-                comma != std::string::npos && comma + 3 < upper.size() ? upper.substr(comma + 3) : "";
+            const std::string address = comma != std::string::npos && comma + 3 < upper.size()
+                                            ? upper.substr(comma + 3)
+                                            : "";
             reg.address = std::to_string(HexValue(address));
         }
         CheckBound(st_.initRegisterCount, kInitRegisterBound, "initialisation register");
@@ -211,8 +242,10 @@ private:
 
     void files(const std::string& text, const std::string& upper) {
         if (auto v = Value(text, upper, "SAVEFILE=")) SetFileMemo(st_, st_.saveFile, *v);
-        if (auto v = Value(text, upper, "SAVEFORMAT=")) st_.SAVEFORMAT = static_cast<int16_t>(config::Val(*v));
-        if (auto v = Value(text, upper, "SAVEFILETYPE=")) st_.SAVEFILETYPE = static_cast<int16_t>(config::Val(*v));
+        if (auto v = Value(text, upper, "SAVEFORMAT="))
+            st_.SAVEFORMAT = static_cast<int16_t>(config::Val(*v));
+        if (auto v = Value(text, upper, "SAVEFILETYPE="))
+            st_.SAVEFILETYPE = static_cast<int16_t>(config::Val(*v));
         if (auto v = Value(text, upper, "SAVERECORDSIZE="))
             st_.SAVERECORDSIZE = static_cast<int16_t>(config::Val(*v));
         if (auto v = Value(text, upper, "SAVESTARTADDR=0X")) {
@@ -226,7 +259,8 @@ private:
         for (const FileKey& k : kFileKeys) {
             FileMemo& memo = k.save ? st_.SaveFileMemos[k.entry] : st_.LoadFileMemos[k.entry];
             if (auto v = Value(text, upper, k.key)) SetFileMemo(st_, memo, *v);
-            if (auto v = Value(text, upper, k.typeKey)) memo.type = static_cast<int16_t>(config::Val(*v));
+            if (auto v = Value(text, upper, k.typeKey))
+                memo.type = static_cast<int16_t>(config::Val(*v));
         }
         // LASTSCRIPTFILE(n)= and the old LASTSCRIPTFILE0= to LASTSCRIPTFILE3=
         if (auto n = Indexed(upper, "LASTSCRIPTFILE", 15, 3)) {
@@ -262,13 +296,15 @@ private:
             if (close == std::string::npos || close + 1 >= rest.size() || rest[close + 1] != '=')
                 return std::nullopt;
             const std::string digits = rest.substr(1, close - 1);
-            if (digits.empty() || digits.size() > 3 || digits.find_first_not_of("0123456789") != std::string::npos)
+            if (digits.empty() || digits.size() > 3 ||
+                digits.find_first_not_of("0123456789") != std::string::npos)
                 return std::nullopt;
             const int n = std::stoi(digits);
             if (n > bound) return std::nullopt;
             return n;
         }
-        if (oldBound >= 0 && rest.size() >= 2 && rest[0] >= '0' && rest[0] <= '0' + oldBound && rest[1] == '=')
+        if (oldBound >= 0 && rest.size() >= 2 && rest[0] >= '0' && rest[0] <= '0' + oldBound &&
+            rest[1] == '=')
             return rest[0] - '0';
         return std::nullopt;
     }
@@ -286,12 +322,16 @@ private:
         if (auto v = Value(text, upper, "COLOR_FGVALID=0X")) st_.COLOR_FGVALID = HexValue(*v);
         // The invalid colour's key is compared over 18 characters with a key
         // of 17, so it never matches and the colour keeps its default.
-        if (upper.substr(0, 18) == "COLOR_FGMARKED=0X") st_.COLOR_FGINVALID = HexValue(upper.substr(17));
+        if (upper.substr(0, 18) == "COLOR_FGMARKED=0X")
+            st_.COLOR_FGINVALID = HexValue(upper.substr(17));
         if (auto v = Value(text, upper, "COLOR_FGMONITOR=0X")) st_.COLOR_FGMONITOR = HexValue(*v);
         if (auto v = Value(text, upper, "LOGFILE=")) st_.logEnabled = config::Val(*v);
-        if (auto v = Value(text, upper, "REFRESHSFR=")) st_.REFRESHSFR = static_cast<int16_t>(config::Val(*v));
-        if (auto v = Value(text, upper, "SCALEFACTOR=")) st_.SCALEFACTOR = static_cast<int16_t>(config::Val(*v));
-        if (auto n = Indexed(upper, "SFRSET", 7, -1)) st_.sfrSets[*n].title = text.substr(text.find('=') + 1);
+        if (auto v = Value(text, upper, "REFRESHSFR="))
+            st_.REFRESHSFR = static_cast<int16_t>(config::Val(*v));
+        if (auto v = Value(text, upper, "SCALEFACTOR="))
+            st_.SCALEFACTOR = static_cast<int16_t>(config::Val(*v));
+        if (auto n = Indexed(upper, "SFRSET", 7, -1))
+            st_.sfrSets[*n].title = text.substr(text.find('=') + 1);
         auto display = [&](int set, std::string_view name) {
             const int32_t i = SfrIndexByName(st_, name);
             if (i >= 0) AddSfrToSet(st_, set, i);
@@ -439,7 +479,8 @@ std::string PreferencesText(const ProgramState& st) {
                 const std::string j = "(" + num(r) + ")";
                 add(at + "STARTADDRESS" + j + "=0x" + HexText(range.startAddress, 6));
                 add(at + "LENGTH" + j + "=0x" + HexText(range.length, 6));
-                if (range.mappingDefined == kTrue && range.mappedNow == kTrue) add(at + "MAPPED" + j);
+                if (range.mappingDefined == kTrue && range.mappedNow == kTrue)
+                    add(at + "MAPPED" + j);
                 if (range.mappingDefined == kTrue) {
                     add(at + "MAPADDRESS" + j + "=0x" + HexText(range.mapAddress, 6));
                     add(at + "MAPREGISTER" + j + "=" + range.mapRegister);
@@ -505,7 +546,8 @@ std::string PreferencesText(const ProgramState& st) {
         // CONFIGLOADFILE to CONFIGSAVEFILETYPE form one group
         if (std::string_view(k.key) != "CONFIGLOADFILE=") add("");
     }
-    for (int n = 0; n < 16; ++n) add("LASTSCRIPTFILE(" + num(n) + ")=" + QuotePath(st.lastScriptFiles[n]));
+    for (int n = 0; n < 16; ++n)
+        add("LASTSCRIPTFILE(" + num(n) + ")=" + QuotePath(st.lastScriptFiles[n]));
     add("");
     for (int n = 0; n < 8; ++n) {
         add("USERSCRIPT(" + num(n) + ")=" + QuotePath(st.userScripts[n].path));

@@ -17,7 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         vortelm::ReadMemoryDefinition(st, "T.MEM");
     } catch (const vortelm::RunTimeError&) {
     }
-    if (st.memoryUnitCount < 0 || st.memoryUnitCount > vortelm::kMemoryUnitBound + 1) __builtin_trap();
+    if (st.memoryUnitCount < 0 || st.memoryUnitCount > vortelm::kMemoryUnitBound + 1)
+        __builtin_trap();
     for (int32_t a : {0, 0xFC80, 0x10000, 0xFFFFFF, -1}) (void)vortelm::FindMemoryPosition(st, a);
     (void)vortelm::FirstFlashUnit(st);
     for (int i = 0; i < st.memoryUnitCount; ++i) {

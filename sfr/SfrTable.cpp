@@ -22,8 +22,9 @@ namespace {
 
 constexpr size_t kNameField = 32;
 
-bool IsBlank(char c) { return c == ' ' || c == '\t'; }
-
+bool IsBlank(char c) {
+    return c == ' ' || c == '\t';
+}
 
 // Text from the 0-based index on, empty past the end.
 std::string_view From(std::string_view text, size_t index) {
@@ -68,7 +69,7 @@ bool SameUpper(std::string_view stored, std::string_view wanted) {
 // keyword has been cut off, and from then on into the line's upper-cased
 // copy, since the reader upper-cases the text when it cuts the keyword.
 class Loader {
-public:
+  public:
     explicit Loader(ProgramState& st) : st_(st) {}
 
     void line(std::string_view raw) {
@@ -84,8 +85,10 @@ public:
         // changes the text that the later tests see.
         if (has("SFR") && !has("BFLD")) registerLine();
         if (has("BFLD")) fieldLine();
-        if (has("BITFLD")) bitLine("BITFLD", true);
-        else if (has("BIT") && text_.find('.') != std::string_view::npos) bitLine("BIT", false);
+        if (has("BITFLD"))
+            bitLine("BITFLD", true);
+        else if (has("BIT") && text_.find('.') != std::string_view::npos)
+            bitLine("BIT", false);
     }
 
     [[nodiscard]] int32_t indexOf(std::string_view upperName) const {
@@ -109,7 +112,7 @@ public:
         ++st_.sfrCount;
     }
 
-private:
+  private:
     // The working text, upper-cased.
     [[nodiscard]] std::string_view upperText() const {
         if (cut_) return text_;
@@ -236,7 +239,8 @@ std::string GetName(const uint8_t* p) {
 template <typename T>
 T GetLe(const uint8_t* p) {
     std::make_unsigned_t<T> v = 0;
-    for (size_t i = 0; i < sizeof(T); ++i) v |= static_cast<std::make_unsigned_t<T>>(p[i]) << (8 * i);
+    for (size_t i = 0; i < sizeof(T); ++i)
+        v |= static_cast<std::make_unsigned_t<T>>(p[i]) << (8 * i);
     return static_cast<T>(v);
 }
 
@@ -262,7 +266,8 @@ std::string SfrCachePath(std::string_view path, std::string_view programFolder) 
         path.substr(0, programFolder.size()) == programFolder &&
         (path[programFolder.size()] == '\\' || path[programFolder.size()] == '/')) {
         const std::string_view rest = path.substr(programFolder.size());
-        if (rest.find('.') == std::string_view::npos) return "sb";  // the bare name, in the program folder
+        if (rest.find('.') == std::string_view::npos)
+            return "sb";  // the bare name, in the program folder
         return std::string(programFolder) + SfrCachePath(rest);
     }
     return SfrCachePath(path);
@@ -422,7 +427,8 @@ void ReadSfrCache(ProgramState& st, std::string_view cachePath) {
     st.sfrCount = 0;
     auto bytes = ReadWholeFile(st, cachePath);
     if (!bytes) return;
-    ReadSfrCacheBytes(st, std::span(reinterpret_cast<const uint8_t*>(bytes->data()), bytes->size()));
+    ReadSfrCacheBytes(st,
+                      std::span(reinterpret_cast<const uint8_t*>(bytes->data()), bytes->size()));
 }
 
 void ReadSfrCacheBytes(ProgramState& st, std::span<const uint8_t> bytes) {

@@ -32,8 +32,8 @@ std::string Slurp(const std::string& path) {
 }
 
 TEST(CliRoundTrip, QuitWritesFilesThatReadBackAndStayByteIdentical) {
-    const std::string parent = std::filesystem::temp_directory_path() /
-                               ("vortelm-cli-rt-" + std::to_string(::getpid()));
+    const std::string parent =
+        std::filesystem::temp_directory_path() / ("vortelm-cli-rt-" + std::to_string(::getpid()));
     const std::string home = parent + "/home";
     std::filesystem::create_directories(parent);
     ASSERT_EQ(RunCliQuit(home), 0) << Slurp(home + ".out");

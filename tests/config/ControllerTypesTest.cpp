@@ -204,7 +204,8 @@ TEST(MemoryDefinition, BoundFailuresLeaveAValidTable) {
         EXPECT_EQ(h.st->memoryUnitCount, 2) << line;
     }
     DataHome h;
-    h.write("T.MEM", "[A]\nSECTION(128).STARTADDRESS(4)=0x0\nACTIVATEMASK(5)=0x1\nSTATUS(20).BIT(16)=X\n");
+    h.write("T.MEM",
+            "[A]\nSECTION(128).STARTADDRESS(4)=0x0\nACTIVATEMASK(5)=0x1\nSTATUS(20).BIT(16)=X\n");
     ReadMemoryDefinition(*h.st, "T.MEM");
     EXPECT_EQ(h.st->memoryUnits[0].sectionCount, 129);
 }

@@ -158,8 +158,9 @@ TEST(Kernels, SelectKernelByNameCopiesAddresses) {
 TEST(Kernels, SelectDefaultKernelUsesControllerOrFamily) {
     DataHome h;
     h.write("kernel.dat", kTwoKernels);
-    h.write("mctypes.dat", "[ALD7RK_BB]\nFAMILY=ALD4\nDEFAULT_KERNEL=zt7000_default\n"
-                           "DEFAULT_KERNEL_KLINE=ALD4_DEFAULT\n");
+    h.write("mctypes.dat",
+            "[ALD7RK_BB]\nFAMILY=ALD4\nDEFAULT_KERNEL=zt7000_default\n"
+            "DEFAULT_KERNEL_KLINE=ALD4_DEFAULT\n");
     ReadKernels(*h.st, "kernel.dat");
     ReadControllerTypes(*h.st, "mctypes.dat");
     h.st->MCTYPE = "ald7rk_bb";
@@ -193,8 +194,8 @@ TEST(Kernels, HasFeatureNeedsTheFlagAndNegativeMeansCurrent) {
 
 TEST(Kernels, IsDefaultKernelLeavesOutTheZt7000Names) {
     DataHome h;
-    const char* names[] = {"ALD4_KLINE", "ALD4_DEFAULT", "ZTA9Y_DEFAULT", "ZTA9Y_KLINE",
-                           "ZT7000_DEFAULT", "ZT7000_KLINE"};
+    const char* names[] = {"ALD4_KLINE",  "ALD4_DEFAULT",   "ZTA9Y_DEFAULT",
+                           "ZTA9Y_KLINE", "ZT7000_DEFAULT", "ZT7000_KLINE"};
     for (const char* n : names) {
         AddKernel(*h.st);
         h.st->kernels[h.st->kernelCount - 1].name = n;

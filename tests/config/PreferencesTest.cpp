@@ -17,7 +17,7 @@ namespace {
 using testing::DataHome;
 
 class RecordingHost : public Host {
-public:
+  public:
     MsgAnswer messageBox(std::string_view text, MsgButtons, MsgIcon, std::string_view) override {
         boxes.emplace_back(text);
         return MsgAnswer::Ok;
@@ -84,7 +84,8 @@ TEST(Preferences, FileWithoutVortelmSectionLeavesKernelZero) {
 
 TEST(Preferences, BlanksAreStrippedFirst) {
     DataHome h;
-    h.write("a.ini", "[Messages]\nC_GO = 0x42\nc_call=0x9e\n[Communication]\n BAUD RATE = 19200 baud\n");
+    h.write("a.ini",
+            "[Messages]\nC_GO = 0x42\nc_call=0x9e\n[Communication]\n BAUD RATE = 19200 baud\n");
     ReadPreferences(*h.st, "a.ini");
     EXPECT_EQ(h.st->codes.C_GO, 0x42);
     EXPECT_EQ(h.st->codes.C_CALL, 0x9E);
@@ -93,7 +94,8 @@ TEST(Preferences, BlanksAreStrippedFirst) {
 
 TEST(Preferences, NumbersThatAreNotNumbersGiveZero) {
     DataHome h;
-    h.write("a.ini", "[Communication]\nTIMEOUT=abc\nPORT=COMx\n[Vortelm]\nTRANSFERBUFFERSTARTADDRESS=XYZ\n");
+    h.write("a.ini",
+            "[Communication]\nTIMEOUT=abc\nPORT=COMx\n[Vortelm]\nTRANSFERBUFFERSTARTADDRESS=XYZ\n");
     ReadPreferences(*h.st, "a.ini");
     EXPECT_EQ(h.st->TIMEOUT, 0);
     EXPECT_EQ(h.st->PORT, 0);
@@ -109,7 +111,9 @@ TEST(Preferences, LinesBeforeAnyHeaderAreIgnored) {
 
 TEST(Preferences, InvalidColourKeyHasNoEffect) {
     DataHome h;
-    h.write("a.ini", "[Frontend]\nCOLOR_FGINVALID=0x00FF00\nCOLOR_FGMARKED=0x00FF00\nCOLOR_BGMARKED=0x123456\n");
+    h.write(
+        "a.ini",
+        "[Frontend]\nCOLOR_FGINVALID=0x00FF00\nCOLOR_FGMARKED=0x00FF00\nCOLOR_BGMARKED=0x123456\n");
     ReadPreferences(*h.st, "a.ini");
     EXPECT_EQ(h.st->COLOR_FGINVALID, 0x0000FF);
     EXPECT_EQ(h.st->COLOR_BGMARKED, 0x123456);
@@ -208,8 +212,9 @@ TEST(Preferences, KernelByNameAndOldMonitorKeys) {
     EXPECT_EQ(h.st->CurrentKernel, 1);
     EXPECT_EQ(h.st->KernelStartAddress, 0xF800);
 
-    h.write("b.ini", "[Vortelm]\nKERNEL=ZT7000_DEFAULT\nVORTELM=k\\core.hex\nVORTELMKLINE=K\\KCORE.HEX\n"
-                     "[Communication]\nKLINE=1\n");
+    h.write("b.ini",
+            "[Vortelm]\nKERNEL=ZT7000_DEFAULT\nVORTELM=k\\core.hex\nVORTELMKLINE=K\\KCORE.HEX\n"
+            "[Communication]\nKLINE=1\n");
     ReadPreferences(*h.st, "b.ini");
     EXPECT_EQ(h.st->CurrentKernel, 1);
     EXPECT_EQ(h.st->KernelEndAddress, 0xF9FF);
@@ -226,7 +231,8 @@ TEST(Preferences, KnownControllerReadsItsRegistersAndSelectsTheDefaultKernel) {
     h.write("a.ini",
             "[Vortelm]\nKERNEL=NOPE\n[Controller]\nMCTYPE=ald7rk_bb\n"
             "[Register]\nSYSCON=0x1234\nNOSUCH=0x1\nGENERIC1=0xBEEF,0x00FE00\nnoequals\n"
-            "[Frontend]\nSFRSET(1)=Bus registers\nDISPLAY(1)=BUSCON\nDISPLAY(1)=SYSCON\nDISPLAY=ADDRSEL1\n"
+            "[Frontend]\nSFRSET(1)=Bus "
+            "registers\nDISPLAY(1)=BUSCON\nDISPLAY(1)=SYSCON\nDISPLAY=ADDRSEL1\n"
             "DISPLAY(8)=SYSCON\nDISPLAY(2)=NOSUCH\n");
     ReadPreferences(*h.st, "a.ini");
     EXPECT_EQ(h.st->MCTYPE, "ald7rk_bb");
@@ -248,8 +254,9 @@ TEST(Preferences, KnownControllerReadsItsRegistersAndSelectsTheDefaultKernel) {
     const std::string text = PreferencesText(*h.st);
     EXPECT_NE(text.find("[Register]\n\nSYSCON=0x1234\nGENERIC1=0xBEEF,0x00FE00\n\n[Commands]"),
               std::string::npos);
-    EXPECT_NE(text.find("SFRSET(7)=\nDISPLAY(0)=ADDRSEL1\nDISPLAY(1)=BUSCON\nDISPLAY(1)=SYSCON\n\n"),
-              std::string::npos);
+    EXPECT_NE(
+        text.find("SFRSET(7)=\nDISPLAY(0)=ADDRSEL1\nDISPLAY(1)=BUSCON\nDISPLAY(1)=SYSCON\n\n"),
+        std::string::npos);
 }
 
 TEST(Preferences, UnknownControllerShowsTheBoxAndEndsTheRead) {
@@ -262,9 +269,10 @@ TEST(Preferences, UnknownControllerShowsTheBoxAndEndsTheRead) {
     h.write("a.ini", "[Controller]\nMCTYPE=GONE\nCLK=1000\n[Memory]\nNAME=X\n");
     EXPECT_THROW(ReadPreferences(*h.st, "a.ini"), RunTimeError);
     ASSERT_EQ(host.boxes.size(), 1u);
-    EXPECT_EQ(host.boxes[0],
-              "The Controller Type in the preference file is not (no longer) supported. Please select a "
-              "different one in the target-configuration dialog ");
+    EXPECT_EQ(
+        host.boxes[0],
+        "The Controller Type in the preference file is not (no longer) supported. Please select a "
+        "different one in the target-configuration dialog ");
     EXPECT_EQ(h.st->CLK, 20000000);  // the read ended there
     EXPECT_EQ(h.st->memoryUnitCount, 0);
 
@@ -287,7 +295,8 @@ TEST(Preferences, PortNameIsAlwaysWrittenAfterComports) {
     WriteDataFiles(h);
     Start(h);
     h.st->kernelCount = 1;
-    EXPECT_NE(PreferencesText(*h.st).find("COMPORTS=16\nPORTNAME=\n\n[Controller]"), std::string::npos);
+    EXPECT_NE(PreferencesText(*h.st).find("COMPORTS=16\nPORTNAME=\n\n[Controller]"),
+              std::string::npos);
     h.st->PORTNAME = "/dev/ttyUSB0";
     ASSERT_TRUE(WritePreferences(*h.st, "a.ini"));
     EXPECT_NE(h.read("a.ini").find("COMPORTS=16\nPORTNAME=/dev/ttyUSB0\n"), std::string::npos);
@@ -325,7 +334,8 @@ TEST(Preferences, WritesTheExactOrderAndSpacing) {
     u.activateMasks[0] = 4;
     u.sectionCount = 1;
     u.sections[0].rangeCount = 1;
-    u.sections[0].ranges[0] = SectionRange{0x10000, 0x8000, kTrue, 0x20000, "ADDRSEL1", 0xFF, kTrue};
+    u.sections[0].ranges[0] =
+        SectionRange{0x10000, 0x8000, kTrue, 0x20000, "ADDRSEL1", 0xFF, kTrue};
     u.driverPath = "DRIVER\\F.HEX";
     u.featureCount = 2;
     u.features[0] = "ERASE";
@@ -350,22 +360,35 @@ TEST(Preferences, WritesTheExactOrderAndSpacing) {
         "SECTION(0).MAPADDRESS(0)=0x020000\nSECTION(0).MAPREGISTER(0)=ADDRSEL1\n"
         "SECTION(0).MAPMASK(0)=0x00FF\n"
         "DRIVER.PATH=DRIVER\\F.HEX\nDRIVER.BUFFERADDRESS=00FC80\nDRIVER.MODE=0\n"
-        "DRIVER.FEATURES=ERASE,PROGRAM\nSTATUS(0)=FSR\nSTATUS(0).BIT(0)=BUSY\nSTATUS(0).BIT(2)=ERR,2\n\n\n"
+        "DRIVER.FEATURES=ERASE,PROGRAM\nSTATUS(0)=FSR\nSTATUS(0).BIT(0)=BUSY\nSTATUS(0).BIT(2)=ERR,"
+        "2\n\n\n"
         "[Register]\n\n\n"
         "[Commands]\n\nEINIT\n\n\n"
         "[Files]\nSAVEFILE=C:\\test.hex\nSAVEFORMAT=20\nSAVEFILETYPE=0\nSAVERECORDSIZE=32\n\n"
-        "LOADFILE=" + memo + "\nLOADFILETYPE=0\n\n"
-        "CONFIGLOADFILE=" + memo + "\nCONFIGLOADFILETYPE=0\nCONFIGSAVEFILE=" + memo +
+        "LOADFILE=" +
+        memo +
+        "\nLOADFILETYPE=0\n\n"
+        "CONFIGLOADFILE=" +
+        memo + "\nCONFIGLOADFILETYPE=0\nCONFIGSAVEFILE=" + memo +
         "\nCONFIGSAVEFILETYPE=0\n\n"
-        "SCRIPTFILE=" + memo + "\nSCRIPTFILETYPE=0\n\n"
-        "DRIVERFILE=" + memo + "\nDRIVERFILETYPE=0\n\n"
-        "REGSETFILE=" + memo + "\nREGSETFILETYPE=0\n\n"
-        "BINFILE=" + memo + "\nBINFILETYPE=0\n\n";
+        "SCRIPTFILE=" +
+        memo +
+        "\nSCRIPTFILETYPE=0\n\n"
+        "DRIVERFILE=" +
+        memo +
+        "\nDRIVERFILETYPE=0\n\n"
+        "REGSETFILE=" +
+        memo +
+        "\nREGSETFILETYPE=0\n\n"
+        "BINFILE=" +
+        memo + "\nBINFILETYPE=0\n\n";
     for (int n = 0; n < 16; ++n) expected += "LASTSCRIPTFILE(" + std::to_string(n) + ")=\n";
     expected += "\n";
     for (int n = 0; n < 8; ++n)
-        expected += "USERSCRIPT(" + std::to_string(n) + ")=\nUSERSCRIPTNAME(" + std::to_string(n) + ")=\n";
-    expected += "\nPATH_LOAD=" + d + "\nPATH_SAVE=" + d + "\nPATH_SCRIPT=" + d + "\nPATH_LOG=" + d + "\n\n";
+        expected +=
+            "USERSCRIPT(" + std::to_string(n) + ")=\nUSERSCRIPTNAME(" + std::to_string(n) + ")=\n";
+    expected +=
+        "\nPATH_LOAD=" + d + "\nPATH_SAVE=" + d + "\nPATH_SCRIPT=" + d + "\nPATH_LOG=" + d + "\n\n";
     expected +=
         "[Messages]\n\nA_LOADER_STARTED=0x01\nA_APPLICATION_STARTED=0x03\n\n"
         "C_WRITE_BLOCK=0x84\nC_READ_BLOCK=0x85\nC_WRITE_WORD=0x82\nC_EINIT=0x31\nC_TEST_COMM=0x93\n"

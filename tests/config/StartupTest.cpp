@@ -74,8 +74,8 @@ TEST(DeliveredData, EveryControllerReadsItsUnitsAndRegisters) {
     ReadDefaultPreferences(*h.st);
     EXPECT_EQ(h.st->terminalBuffer, "");
     ASSERT_GE(h.st->controllerTypeCount, 1);
-    for (const char* k : {"ALD4_DEFAULT", "ALD4_KLINE", "ZTA9Y_DEFAULT", "ZTA9Y_KLINE", "ZT7000_DEFAULT",
-                          "ZT7000_KLINE"})
+    for (const char* k : {"ALD4_DEFAULT", "ALD4_KLINE", "ZTA9Y_DEFAULT", "ZTA9Y_KLINE",
+                          "ZT7000_DEFAULT", "ZT7000_KLINE"})
         EXPECT_GE(KernelIndexByName(*h.st, k), 0) << k;
     for (int c = 0; c < h.st->controllerTypeCount; ++c) {
         const ControllerType& t = h.st->controllerTypes[c];

@@ -13,7 +13,7 @@
 namespace vortelm::testing {
 
 class DataHome {
-public:
+  public:
     DataHome() {
         char tmpl[] = "/tmp/vortelm-config-XXXXXX";
         dir_ = ::mkdtemp(tmpl);
@@ -41,7 +41,7 @@ public:
 
     std::unique_ptr<ProgramState> st;
 
-private:
+  private:
     std::string dir_;
 };
 

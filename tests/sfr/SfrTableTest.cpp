@@ -93,7 +93,8 @@ TEST(SfrTable, OwnZerosIsKeptWithoutASecond) {
 
 TEST(SfrTable, NameBeforeABlankLosesItsLastCharacter) {
     DataHome h;
-    ASSERT_EQ(Load(h, "SFR 0xFF12 SYSCON ; system\nSFR 0xFF14 BUSCON; bus\nSFR 0xFF16 PSWX,x\n"), 0);
+    ASSERT_EQ(Load(h, "SFR 0xFF12 SYSCON ; system\nSFR 0xFF14 BUSCON; bus\nSFR 0xFF16 PSWX,x\n"),
+              0);
     EXPECT_GE(SfrIndexByName(*h.st, "SYSCO"), 0);
     EXPECT_EQ(SfrIndexByName(*h.st, "SYSCON"), -1);
     EXPECT_EQ(SfrAddressByName(*h.st, "BUSCON"), 0xFF14);
@@ -156,7 +157,8 @@ TEST(SfrTable, BitNameOfSeveralWordsIsCutWhenItComesFromTheCache) {
 
 TEST(SfrTable, LowerCaseKeywordStillWorksWhenItOpensTheLine) {
     DataHome h;
-    ASSERT_EQ(Load(h, "sfr 0xff12 syscon\nbit syscon.3 x\nbfld syscon.5-4 y\nbitfld syscon.7 z\n"), 0);
+    ASSERT_EQ(Load(h, "sfr 0xff12 syscon\nbit syscon.3 x\nbfld syscon.5-4 y\nbitfld syscon.7 z\n"),
+              0);
     const SfrRecord& s = Rec(h, "SYSCON");
     EXPECT_EQ(s.name, "SYSCON");
     EXPECT_EQ(s.address, 0xFF12);
@@ -252,7 +254,7 @@ TEST(SfrTable, CacheRecordLayout) {
     EXPECT_EQ(static_cast<uint8_t>(sb[33]), 0xF0);
     EXPECT_EQ(static_cast<uint8_t>(sb[36]), (0xF012 / 2) & 255);
     EXPECT_EQ(sb.substr(38 + 4 * 32, 3), "FLD");
-    EXPECT_EQ(static_cast<uint8_t>(sb[38 + 512 + 4]), 2);          // bitWidth[4]
+    EXPECT_EQ(static_cast<uint8_t>(sb[38 + 512 + 4]), 2);                    // bitWidth[4]
     EXPECT_EQ(static_cast<uint8_t>(sb[38 + 512 + 16 + 16 + 32 + 1]), 0xFF);  // extended
 }
 
