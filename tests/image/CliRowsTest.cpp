@@ -15,7 +15,7 @@ namespace vortelm {
 namespace {
 
 class CliRows : public test::ImageTest {
-protected:
+  protected:
     // Runs the lines through the CLI; gives its standard output.
     std::string Cli(const std::string& lines) {
         WriteFile(path("input.txt"), lines);
@@ -57,14 +57,15 @@ TEST_F(CliRows, EmptyShowSelectionsAndUnknownPathType) {
 }
 
 TEST_F(CliRows, SaveFormatsAndIndexedName) {
-    const std::string out =
-        Cli(Setpaths() + "_addselection 10000,10001\n_fillmemory AA\n_save a.hex,32,21\n"
-                         "_save b.hex\n_assign %1=10\n_savex c.hex,%1\n");
+    const std::string out = Cli(Setpaths() +
+                                "_addselection 10000,10001\n_fillmemory AA\n_save a.hex,32,21\n"
+                                "_save b.hex\n_assign %1=10\n_savex c.hex,%1\n");
     EXPECT_NE(out.find(Echo("_save a.hex,32,21") + "\n*SaveAs: selection written to file"),
               std::string::npos);
     EXPECT_EQ(ReadFile(path("save/a.hex")).substr(0, 17), ":020000150001E8\r\n");
     // The settings' defaults: 32-byte records, format 20 (type 02 records).
-    EXPECT_EQ(ReadFile(path("save/b.hex")), ":020000021000EC\r\n:02000000AAAAAA\r\n:00000001FF\r\n");
+    EXPECT_EQ(ReadFile(path("save/b.hex")),
+              ":020000021000EC\r\n:02000000AAAAAA\r\n:00000001FF\r\n");
     // _assign may not be in this build; the index is then variable 1's 0.
     const bool assigned = std::filesystem::exists(dir / "save/c000010.hex");
     EXPECT_TRUE(assigned || std::filesystem::exists(dir / "save/c000000.hex"));
@@ -83,10 +84,12 @@ TEST_F(CliRows, ABoundEndsTheCommandWithOneErrorLine) {
 TEST_F(CliRows, BinaryRoundTrip) {
     WriteFile(path("load/a.bin"), std::string("\x01\x02\x03\x04", 4));
     const std::string out =
-        Cli(Setpaths() + "_binload a.bin,100\n_addselection 108,109\n_binsave b.bin,EE\n_binsave c.bin\n");
+        Cli(Setpaths() +
+            "_binload a.bin,100\n_addselection 108,109\n_binsave b.bin,EE\n_binsave c.bin\n");
     EXPECT_NE(out.find("\n*Load Binary: 4 bytes loaded"), std::string::npos);
     EXPECT_NE(out.find("\n*Save Binary: selection written to binary file"), std::string::npos);
-    EXPECT_EQ(ReadFile(path("save/b.bin")), std::string("\x01\x02\x03\x04\xEE\xEE\xEE\xEE\xEE\xEE", 10));
+    EXPECT_EQ(ReadFile(path("save/b.bin")),
+              std::string("\x01\x02\x03\x04\xEE\xEE\xEE\xEE\xEE\xEE", 10));
     EXPECT_EQ(ReadFile(path("save/c.bin")), std::string("\x01\x02\x03\x04", 4) + "");
 }
 
