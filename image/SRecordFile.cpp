@@ -48,8 +48,8 @@ void ReadSRecordFile(ProgramState& st, std::string_view name) {
                 for (size_t i = 0; i < count; ++i)
                     buf[i] = static_cast<uint8_t>(HexField(line, 5 + 2 * i, 2) & 0xFF);
             }
-            const uint8_t checksum = buf[count - 1];
-            buf[count - 1] = static_cast<uint8_t>(n);
+            const uint8_t checksum = buf[(count - 1) & 0xFF];
+            buf[(count - 1) & 0xFF] = static_cast<uint8_t>(n);
             unsigned sum = 0;
             for (size_t i = 0; i < count; ++i) sum += buf[i];
             const auto calculated = static_cast<uint8_t>(~sum & 0xFF);
