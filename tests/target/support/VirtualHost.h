@@ -19,7 +19,8 @@ public:
     void yield(std::optional<int64_t> untilUs = std::nullopt) override {
         ++yields;
         int64_t next = untilUs.value_or(now + 1000);
-        for (auto& [id, tm] : timers) next = std::min(next, tm.due);
+        if (!inTimer)
+            for (auto& [id, tm] : timers) next = std::min(next, std::max(tm.due, now));
         if (next > now) now = next;
         if (inTimer) return;  // a timer's own waits do not run timers again
         std::vector<int> due;
