@@ -21,6 +21,12 @@ struct RowResult {
 
 using RowFn = RowResult (*)(Session&);
 
+// A row id as the table keeps it: the 16-bit value sign-extended, so that
+// RowId(0xC007) is the id of _quit.
+[[nodiscard]] constexpr int32_t RowId(uint32_t hex16) {
+    return static_cast<int16_t>(static_cast<uint16_t>(hex16));
+}
+
 struct RowBinding {
     int32_t id;
     RowFn run;
@@ -28,6 +34,9 @@ struct RowBinding {
 
 // The row lists, one per source file.
 std::span<const RowBinding> FrameRows();  // _help, _test, _quit (Rows_Frame.cpp)
+std::span<const RowBinding> FileRows();       // group 2 (Rows_Files.cpp)
+std::span<const RowBinding> HexEditorRows();  // group 3 (Rows_HexEditor.cpp)
+std::span<const RowBinding> SelectionRows();  // group 4 (Rows_Selection.cpp)
 
 // The binding of an id, or nullptr when its operation is not in this build.
 [[nodiscard]] RowFn FindRow(int32_t id);
