@@ -1,11 +1,14 @@
 #include "core/Helpers.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cctype>
+#include <cmath>
+#include <cstdlib>
 #include <cstdio>
 #include <fstream>
 #include <vector>
@@ -44,6 +47,60 @@ int32_t BinaryTextValue(std::string_view text) {
 }
 
 std::string CrLf() { return "\r\n"; }
+
+namespace {
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Reads a number from position i on: sign, digits, fraction, exponent. Gives
+// the number of characters taken (0 if no digit stood there).
+size_t ScanNumber(std::string_view t, size_t i, double& value) {
+    const size_t start = i;
+    if (i < t.size() && (t[i] == '+' || t[i] == '-')) ++i;
+    size_t digits = 0;
+    while (i < t.size() && IsDigit(t[i])) ++i, ++digits;
+    if (i < t.size() && t[i] == '.') {
+        ++i;
+        while (i < t.size() && IsDigit(t[i])) ++i, ++digits;
+    }
+    if (digits == 0) return 0;
+    if (i < t.size() && (t[i] == 'e' || t[i] == 'E')) {
+        size_t j = i + 1;
+        if (j < t.size() && (t[j] == '+' || t[j] == '-')) ++j;
+        size_t expDigits = 0;
+        while (j < t.size() && IsDigit(t[j])) ++j, ++expDigits;
+        if (expDigits > 0) i = j;
+    }
+    value = std::strtod(std::string(t.substr(start, i - start)).c_str(), nullptr);
+    return i - start;
+}
+}  // namespace
+
+std::optional<double> NumericValue(std::string_view text) {
+    size_t i = 0;
+    while (i < text.size() && text[i] == ' ') ++i;
+    double v = 0;
+    const size_t n = ScanNumber(text, i, v);
+    if (n == 0) return std::nullopt;
+    i += n;
+    while (i < text.size() && text[i] == ' ') ++i;
+    if (i != text.size() || !std::isfinite(v)) return std::nullopt;
+    return v;
+}
+
+double LeadingNumberValue(std::string_view text) {
+    size_t i = 0;
+    while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
+    double v = 0;
+    if (ScanNumber(text, i, v) == 0 || !std::isfinite(v)) return 0;
+    return v;
+}
+
+std::optional<int32_t> RoundToInt32(double value) {
+    if (!std::isfinite(value)) return std::nullopt;
+    const double r = std::nearbyint(value);  // the default mode rounds half to even
+    if (r < -2147483648.0 || r > 2147483647.0) return std::nullopt;
+    return static_cast<int32_t>(r);
+}
 
 int32_t LastPosition(std::string_view text, char c) {
     auto p = text.rfind(c);
@@ -230,10 +287,17 @@ std::string NativePath(std::string_view name) {
     return out;
 }
 
+bool CanOpenForReading(std::string_view path) {
+    const int fd = ::open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return false;
+    struct stat sb{};
+    const bool regular = ::fstat(fd, &sb) == 0 && S_ISREG(sb.st_mode);
+    ::close(fd);
+    return regular;
+}
+
 bool FileExists(ProgramState& st, std::string_view name, int16_t askOverwrite) {
-    std::ifstream f(NativePath(ResolveInProgramFolder(st, name)), std::ios::binary);
-    if (!f.is_open()) return false;
-    f.close();
+    if (!CanOpenForReading(ResolveInProgramFolder(st, name))) return false;
     if (askOverwrite == kTrue) {
         return st.host->messageBox("File allready exists ! Overwrite ?", MsgButtons::YesNo,
                                    MsgIcon::Question) != MsgAnswer::Yes;
@@ -244,7 +308,7 @@ bool FileExists(ProgramState& st, std::string_view name, int16_t askOverwrite) {
 int64_t FileDate(const ProgramState& st, std::string_view name) {
     struct stat sb{};
     if (::stat(NativePath(ResolveInProgramFolder(st, name)).c_str(), &sb) != 0) return -1;
-    return int64_t(sb.st_mtim.tv_sec) * 1'000'000'000 + sb.st_mtim.tv_nsec;
+    return int64_t(sb.st_mtim.tv_sec);
 }
 
 int32_t FileSize(const ProgramState& st, std::string_view name) {

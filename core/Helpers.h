@@ -4,6 +4,7 @@
 // the functions speak of positions.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,16 @@ struct ProgramState;
 [[nodiscard]] int32_t HexValue(std::string_view text);
 [[nodiscard]] int32_t BinaryTextValue(std::string_view text);
 [[nodiscard]] std::string CrLf();
+// The number test of the shell and the scripts: optional blanks, an optional
+// sign, digits with an optional fraction, an optional exponent, optional
+// blanks. Gives the value, or nothing when the text is not a number.
+[[nodiscard]] std::optional<double> NumericValue(std::string_view text);
+// The number value of a text: leading blanks skipped, then as much of a
+// number as stands there; 0 when there is none ("X" is 0, "12AB" is 12).
+[[nodiscard]] double LeadingNumberValue(std::string_view text);
+// Rounds half to even, as the conversion of a number to an integer does;
+// nothing when the result does not fit 32 bits.
+[[nodiscard]] std::optional<int32_t> RoundToInt32(double value);
 
 // ---- text
 [[nodiscard]] int32_t LastPosition(std::string_view text, char c);
@@ -53,6 +64,10 @@ void NormaliseScriptLine(std::string& line);
 [[nodiscard]] std::string NativePath(std::string_view name);
 
 // ---- file system (names through ResolveInProgramFolder)
+// True when the file of a resolved name opens for reading and is a regular
+// file (a folder is no file).
+[[nodiscard]] bool CanOpenForReading(std::string_view path);
+// A file exists when it can be opened for reading as a regular file.
 // With askOverwrite -1, an existing file asks "File allready exists !
 // Overwrite ?" and the result is true unless the answer is Yes.
 [[nodiscard]] bool FileExists(ProgramState& st, std::string_view name, int16_t askOverwrite);

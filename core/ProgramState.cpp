@@ -14,6 +14,22 @@ ProgramState::ProgramState(Host& h) : host(&h), sfrTable(kSfrBound + 1) {}
 
 ProgramState::~ProgramState() = default;
 
+void SetProgramFolderDefaults(ProgramState& st) {
+    st.PATH_LOAD = st.programFolder;
+    st.PATH_SAVE = st.programFolder;
+    st.PATH_SCRIPT = st.programFolder;
+    st.PATH_LOG = st.programFolder;
+    const std::string drive = st.programFolder.substr(0, 1);
+    for (int i = 0; i <= 9; ++i) {
+        st.LoadFileMemos[i].drive = drive;
+        st.LoadFileMemos[i].folder = st.programFolder;
+        st.LoadFileMemos[i].type = 0;
+        st.SaveFileMemos[i].drive = drive;
+        st.SaveFileMemos[i].folder = st.programFolder;
+        st.SaveFileMemos[i].type = 0;
+    }
+}
+
 void CheckBound(long long index, long long bound, const char* what) {
     if (index < 0 || index > bound)
         throw RunTimeError(std::string(what) + " index " + std::to_string(index) +

@@ -140,4 +140,10 @@ public:
     int16_t SCALEFACTOR = 100;
 };
 
+// The values that hang on the program folder: the four base paths, and the
+// drive letter (its first character), folder and type 0 of the file memos
+// 0 to 9 of both tables. Part of the preference defaults; start-up calls it
+// as soon as the folder is known.
+void SetProgramFolderDefaults(ProgramState& st);
+
 }  // namespace vortelm

@@ -21,6 +21,12 @@ struct RowResult {
 
 using RowFn = RowResult (*)(Session&);
 
+// A row id as the table keeps it: the 16-bit value sign-extended, so that
+// RowId(0xC007) is the id of _quit.
+[[nodiscard]] constexpr int32_t RowId(uint32_t hex16) {
+    return static_cast<int16_t>(static_cast<uint16_t>(hex16));
+}
+
 struct RowBinding {
     int32_t id;
     RowFn run;

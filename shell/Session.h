@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "core/ProgramState.h"
 
@@ -80,6 +81,18 @@ struct Session {
 
     // Ends the program (the _quit row): set by the program.
     std::function<void()> shutDown;
+
+    // The history of the command box: a line that begins with "_" goes in
+    // before it runs (the main window keeps the newest 50).
+    std::function<void(std::string_view)> addHistory;
+
+    // Sends one byte to the target for the terminal (":" lines and plain
+    // text of the command box). Unset while no serial channel is wired.
+    std::function<void(uint8_t)> sendByte;
+
+    // Reads the SFR view again after a command while connected (when the
+    // global SFR refresh is on). Unset: the host's refreshSfrView.
+    std::function<void()> readSfrView;
 };
 
 }  // namespace vortelm::shell

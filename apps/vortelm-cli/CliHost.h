@@ -1,0 +1,32 @@
+#pragma once
+// The host of the headless front end: the real poll() loop of the default
+// host, running text to standard output (each CR LF as one line feed),
+// message boxes to standard error answered by --yes or --no.
+
+#include <string>
+
+#include "core/Host.h"
+
+namespace vortelm::cli {
+
+class CliHost : public Host {
+public:
+    explicit CliHost(bool answerYes) : answerYes_(answerYes) {}
+
+    MsgAnswer messageBox(std::string_view text, MsgButtons buttons, MsgIcon icon,
+                         std::string_view title = {}) override;
+    std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
+                                        std::string_view defaultText) override;
+    void terminalAppended(std::string_view text) override;
+    void printLines(std::span<const std::string> lines) override;
+    bool startDetached(const std::string& program, const std::vector<std::string>& args) override;
+
+    // Writes a carriage return still held back at the end.
+    void flush();
+
+private:
+    bool answerYes_;
+    bool heldCr_ = false;
+};
+
+}  // namespace vortelm::cli

@@ -1,0 +1,54 @@
+#include "shell/CommandBox.h"
+
+#include "core/Helpers.h"
+#include "core/Text.h"
+#include "shell/Shell.h"
+
+namespace vortelm::shell {
+
+namespace {
+
+// Sends one byte; without a channel says so once per line and gives false.
+bool Send(Session& s, uint8_t b, bool& reported) {
+    if (s.sendByte) {
+        s.sendByte(b);
+        return true;
+    }
+    if (!reported) Text2Buffer(s.st, CrLf() + "*ERROR: No communication port open");
+    reported = true;
+    return false;
+}
+
+}  // namespace
+
+int16_t RunCommandBoxLine(Session& s, std::string_view line) {
+    if (!line.empty() && line.front() == '_') {
+        if (s.addHistory) s.addHistory(line);
+        return ExecuteShellCommand(s, line, 0);
+    }
+    bool reported = false;
+    bool ok = true;
+    if (!line.empty() && line.front() == ':') {
+        // Pairs from the second character on; a last single digit is dropped.
+        for (size_t i = 1; i + 1 < line.size(); i += 2) {
+            const int32_t v = HexValue(line.substr(i, 2));
+            if (v < 0) continue;
+            if (!Send(s, static_cast<uint8_t>(v), reported)) {
+                ok = false;
+                break;
+            }
+            Text2Buffer(s.st, CrLf() + "-> SENDING: " + HexText(v, 2));
+        }
+        return ok ? 0 : -1;
+    }
+    Text2Buffer(s.st, CrLf() + "-> SENDING: " + std::string(line));
+    for (char c : line) {
+        if (!Send(s, static_cast<uint8_t>(c), reported)) {
+            ok = false;
+            break;
+        }
+    }
+    return ok ? 0 : -1;
+}
+
+}  // namespace vortelm::shell

@@ -1,0 +1,18 @@
+#pragma once
+// The command box: what a line typed by the operator does. The GUI's box and
+// the CLI's standard input both come here.
+
+#include <cstdint>
+#include <string_view>
+
+#include "shell/Session.h"
+
+namespace vortelm::shell {
+
+// A line beginning with "_" goes to the history and runs as a shell command;
+// one beginning with ":" sends hexadecimal byte pairs to the terminal; any
+// other line is sent as text, without a line end. Gives the shell's result
+// for commands, 0 for sent text, -1 when nothing could be sent.
+int16_t RunCommandBoxLine(Session& s, std::string_view line);
+
+}  // namespace vortelm::shell

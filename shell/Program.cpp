@@ -1,0 +1,213 @@
+#include "shell/Program.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "core/Helpers.h"
+#include "core/RunTimeError.h"
+#include "core/Text.h"
+#include "shell/CommandBox.h"
+#include "shell/Shell.h"
+
+#ifndef VORTELM_VERSION
+#define VORTELM_VERSION "0.0.0"
+#endif
+#ifndef VORTELM_INSTALL_DATA_DIR
+#define VORTELM_INSTALL_DATA_DIR ""
+#endif
+#ifndef VORTELM_SOURCE_DATA_DIR
+#define VORTELM_SOURCE_DATA_DIR ""
+#endif
+
+namespace fs = std::filesystem;
+
+namespace vortelm::shell {
+
+namespace {
+
+bool HasControllerFile(const std::string& folder) {
+    std::error_code ec;
+    return !folder.empty() && fs::is_regular_file(fs::path(folder) / "mctypes.dat", ec);
+}
+
+}  // namespace
+
+std::string DataHome(const std::string& home) {
+    if (!home.empty()) return home;
+    if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg && *xdg == '/')
+        return std::string(xdg) + "/vortelm";
+    const char* h = std::getenv("HOME");
+    return std::string(h && *h ? h : ".") + "/.local/share/vortelm";
+}
+
+std::string DeliveredDataTree(const std::string& dataSource) {
+    for (const std::string& candidate :
+         {dataSource, std::string(VORTELM_INSTALL_DATA_DIR), std::string(VORTELM_SOURCE_DATA_DIR)})
+        if (HasControllerFile(candidate)) return candidate;
+    return {};
+}
+
+Program::Program(Host& host, ProgramOptions options)
+    : options_(std::move(options)),
+      st_(std::make_unique<ProgramState>(host)),
+      session_(std::make_unique<Session>(*st_)) {
+    st_->portOverride = options_.portOverride;
+    session_->shutDown = [this] { ShutDownProgram(); };
+}
+
+Program::~Program() = default;
+
+std::string Program::VersionText() { return VORTELM_VERSION; }
+
+void Program::RunStep(void (Program::*step)()) {
+    try {
+        (this->*step)();
+    } catch (const RunTimeError& e) {
+        Text2Buffer(*st_, CrLf() + "*ERROR: " + e.what());
+    }
+    ++stepsRun;
+}
+
+void Program::StartUp() {
+    RunStep(&Program::StepFirstRun);
+    RunStep(&Program::StepShowLaunchInfo);
+    RunStep(&Program::StepHelpFile);
+    RunStep(&Program::StepResetTables);
+    RunStep(&Program::StepReadDataFiles);
+    RunStep(&Program::StepReadPreferences);
+    RunStep(&Program::StepInitialiseMemoryAndShell);
+    RunStep(&Program::StepInitialiseForms);
+    RunStep(&Program::StepReadInstructionTable);
+    RunStep(&Program::StepVersion);
+    RunStep(&Program::StepConfigureAndSelections);
+    RunStep(&Program::StepMemoryPage);
+    RunStep(&Program::StepLogFile);
+    RunStep(&Program::StepShowMainWindow);
+    RunStep(&Program::StepRunStartupScripts);
+    RunStep(&Program::StepScaleForms);
+}
+
+// 1. The program folder is the data home. When it holds no mctypes.dat, the
+// delivered data tree is copied into it (files already there stay).
+void Program::StepFirstRun() {
+    ProgramState& st = *st_;
+    st.programFolder = DataHome(options_.home);
+    std::error_code ec;
+    fs::create_directories(st.programFolder, ec);
+    if (ec) {
+        Text2Buffer(st, CrLf() + "*ERROR: Can not create the data folder " + st.programFolder + ": " +
+                            ec.message());
+        return;
+    }
+    if (FileExists(st, "mctypes.dat", kFalse)) return;
+    const std::string source = DeliveredDataTree(options_.dataSource);
+    if (source.empty()) return;  // steps 5 and 6 report the missing files
+    fs::copy(source, st.programFolder,
+             fs::copy_options::recursive | fs::copy_options::skip_existing, ec);
+    if (ec)
+        Text2Buffer(st, CrLf() + "*ERROR: Can not copy " + source + " to " + st.programFolder + ": " +
+                            ec.message());
+}
+
+// 2. The launch window is the GUI's; the CLI shows none.
+void Program::StepShowLaunchInfo() { st_->host->progress(1, 100); }
+
+// 3. The help file lies in the program folder (opened by the GUI).
+void Program::StepHelpFile() {}
+
+// 4. Resets the tables in their order.
+void Program::StepResetTables() {
+    ProgramState& st = *st_;
+    st.initRegisterCount = 0;
+    st.ConnectionState = 0;
+    st.memoryUnitCount = 0;
+    st.sfrCount = 0;
+    st.IdRegisterAddresses = {0xF07E, 0xF07C, 0xF07A, 0xF078, 0xF076, 0xF070};
+    st.logFileName = "LOG.TXT";
+    // The feature name list and the SFR sets are reset by their own parts
+    // of the configuration once they are in the build.
+    st.variables.fill(0);
+    st.host->progress(20, 100);
+}
+
+// 5. mctypes.dat and kernel.dat from the program folder. The readers of
+// controller types and kernels hook in here.
+void Program::StepReadDataFiles() { st_->host->progress(30, 100); }
+
+// 6. default.ini from the program folder. Until the preference reader is in
+// the build, only the values that hang on the program folder are set.
+void Program::StepReadPreferences() {
+    SetProgramFolderDefaults(*st_);
+    st_->host->progress(50, 100);
+}
+
+// 7. The dump memory starts empty (segments come on first touch); the shell
+// table is built.
+void Program::StepInitialiseMemoryAndShell() {
+    BuildShellCommandTable(session_->table);
+    st_->host->progress(70, 100);
+}
+
+// 8. The forms of the selection range and the memory units are the GUI's.
+void Program::StepInitialiseForms() { st_->host->progress(80, 100); }
+
+// 9. The instruction table hooks in here once the decoder is in the build.
+void Program::StepReadInstructionTable() {
+    st_->ConnectionState = 0;
+    st_->host->refreshStatus();
+    st_->host->refreshFeatureButtons();
+    st_->host->progress(90, 100);
+}
+
+// 10. The about box reads VersionText().
+void Program::StepVersion() {}
+
+// 11. No selections at the start.
+void Program::StepConfigureAndSelections() { st_->selections.count = 0; }
+
+// 12. The memory page starts at 0.
+void Program::StepMemoryPage() {
+    st_->host->gotoPage(0);
+    st_->host->refreshMemory();
+}
+
+// 13. A new log file with its banner when logging is on.
+void Program::StepLogFile() {
+    if (st_->logEnabled == 1) WriteLogBanner(*st_);
+}
+
+// 14. The main window is the GUI's; the launch progress ends.
+void Program::StepShowMainWindow() {
+    st_->host->refreshFeatureButtons();
+    st_->host->progress(0, 0);
+}
+
+// 15. Each word of the command line names a script to run.
+void Program::StepRunStartupScripts() {
+    ProgramState& st = *st_;
+    for (const std::string& word : options_.scripts) {
+        if (FileExists(st, word, kFalse)) {
+            // The script interpreter hooks in here.
+            Text2Buffer(st, CrLf() + "*ERROR: Scripts can not run in this build: " + word);
+        } else {
+            st.host->messageBox("Illegal startup parameters", MsgButtons::Ok, MsgIcon::Stop);
+        }
+    }
+}
+
+// 16. Scaling by SCALEFACTOR is the GUI's.
+void Program::StepScaleForms() {}
+
+int16_t Program::RunCommandBoxLine(std::string_view line) {
+    return shell::RunCommandBoxLine(*session_, line);
+}
+
+void Program::ShutDownProgram() {
+    // The channel stays as it is: the end of the process closes it.
+    // kernel.dat and default.ini are written here once their writers are in
+    // the build.
+    quit_ = true;
+}
+
+}  // namespace vortelm::shell

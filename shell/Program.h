@@ -1,0 +1,92 @@
+#pragma once
+// The program: one state, one shell session, start-up in its sixteen steps
+// and the end. The GUI and the CLI each make one Program and only forward
+// their events to it.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/Host.h"
+#include "core/ProgramState.h"
+#include "shell/Session.h"
+
+namespace vortelm::shell {
+
+struct ProgramOptions {
+    std::string home;                  // --home; empty: the default data home
+    std::string portOverride;          // --port; empty: the preference keys
+    std::vector<std::string> scripts;  // the script words of the command line
+    // Where the delivered data tree is copied from on the first start; empty:
+    // the install prefix's share/vortelm, else the source tree's data/.
+    std::string dataSource;
+};
+
+// The data home: home if given, else $XDG_DATA_HOME/vortelm, else
+// $HOME/.local/share/vortelm.
+[[nodiscard]] std::string DataHome(const std::string& home);
+
+// The first folder of these that holds mctypes.dat: dataSource, the install
+// prefix's share/vortelm, the source tree's data/. Empty if none does.
+[[nodiscard]] std::string DeliveredDataTree(const std::string& dataSource);
+
+class Program {
+public:
+    Program(Host& host, ProgramOptions options);
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    [[nodiscard]] ProgramState& state() { return *st_; }
+    [[nodiscard]] Session& session() { return *session_; }
+    [[nodiscard]] const ProgramOptions& options() const { return options_; }
+
+    // Start-up: steps 1 to 16 in order. Each step ends its own run-time
+    // errors with one "*ERROR: " line and start-up goes on.
+    void StartUp();
+
+    // The steps, each a call of its own (later parts of the program fill
+    // the marked ones).
+    void StepFirstRun();              // 1: data home, first-run copy
+    void StepShowLaunchInfo();        // 2
+    void StepHelpFile();              // 3
+    void StepResetTables();           // 4
+    void StepReadDataFiles();         // 5: mctypes.dat, kernel.dat
+    void StepReadPreferences();       // 6: default.ini
+    void StepInitialiseMemoryAndShell();  // 7
+    void StepInitialiseForms();       // 8
+    void StepReadInstructionTable();  // 9
+    void StepVersion();               // 10
+    void StepConfigureAndSelections();  // 11
+    void StepMemoryPage();            // 12
+    void StepLogFile();               // 13
+    void StepShowMainWindow();        // 14
+    void StepRunStartupScripts();     // 15
+    void StepScaleForms();            // 16
+
+    // One line of the command box.
+    int16_t RunCommandBoxLine(std::string_view line);
+
+    // The end of the program: writes kernel.dat and default.ini, then asks
+    // the front end to end the process (quitRequested).
+    void ShutDownProgram();
+    [[nodiscard]] bool quitRequested() const { return quit_; }
+
+    // The version text shown by the about box: major.minor.revision.
+    [[nodiscard]] static std::string VersionText();
+
+    // How many steps have run; the step that runs (for tests).
+    int stepsRun = 0;
+
+private:
+    void RunStep(void (Program::*step)());
+
+    ProgramOptions options_;
+    std::unique_ptr<ProgramState> st_;
+    std::unique_ptr<Session> session_;
+    bool quit_ = false;
+};
+
+}  // namespace vortelm::shell
