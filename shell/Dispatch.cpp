@@ -11,8 +11,9 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 1> kLists{
+constexpr std::array<ListFn, 2> kLists{
     &FrameRows,
+    &TerminalRows,
 };
 
 }  // namespace

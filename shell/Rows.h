@@ -34,6 +34,7 @@ struct RowBinding {
 
 // The row lists, one per source file.
 std::span<const RowBinding> FrameRows();  // _help, _test, _quit (Rows_Frame.cpp)
+std::span<const RowBinding> TerminalRows();  // _send, _sendfile, _setp, _openport (Rows_Terminal.cpp)
 
 // The binding of an id, or nullptr when its operation is not in this build.
 [[nodiscard]] RowFn FindRow(int32_t id);
