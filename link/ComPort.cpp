@@ -74,6 +74,14 @@ struct ComPort::Impl {
         t.dueUs = now() + int64_t(std::max(intervalMs, 0)) * 1000;
     }
 
+    // A control the channel cannot do is told once per opened channel.
+    void warnUnsupported(ProgramState& state, const std::string& what) {
+        if (warnedUnsupported || !ch) return;
+        warnedUnsupported = true;
+        Text2Buffer(state, "\r\n*WARNING: " + ch->describe() + ": " + what +
+                               " unsupported by this port\r\n");
+    }
+
     std::optional<int64_t> nextTimerUs() const {
         std::optional<int64_t> due;
         for (const FormTimer* t : {&timer1, &timer2})
@@ -137,7 +145,9 @@ void ComPort::attach(std::unique_ptr<channel::ByteChannel> ch) {
     m.openedText.clear();
     if (!m.ch) return;
     channel::LineSettings ls;
-    if (ParseSettingsText(m.settings, ls)) (void)m.ch->configure(ls);
+    if (ParseSettingsText(m.settings, ls) &&
+        m.ch->configure(ls) == channel::Control::Unsupported)
+        m.warnUnsupported(m.st, "settings " + m.settings);
     // The boot circuit sees the idle levels at once, not what open left.
     (void)m.ch->setRts(m.rtsLevel);
     (void)m.ch->setDtr(m.dtrLevel);
@@ -204,8 +214,11 @@ void ComPort::setSettingsText(std::string_view text) {
     m.settings = std::string(text);
     channel::LineSettings ls;
     if (m.usable() && ParseSettingsText(m.settings, ls)) {
-        if (m.ch->configure(ls) == channel::Control::Failed)
+        const auto c = m.ch->configure(ls);
+        if (c == channel::Control::Failed)
             ReportFailure(m.st, m.ch->describe(), m.ch->lastErrno(), m.ch->lastError());
+        else if (c == channel::Control::Unsupported)
+            m.warnUnsupported(m.st, "settings " + m.settings);
     }
 }
 
@@ -409,34 +422,18 @@ void ComPort::Cmd_V2() { ComSemaphore = int16_t(ComSemaphore & ~1); }
 
 // ---------------------------------------------------------------- signal lines
 
-namespace {
-
-const char* LineName(bool rts) { return rts ? "RTS" : "DTR"; }
-
-}  // namespace
-
 void ComPort::setRts(bool on) {
     auto& m = *impl_;
     m.rtsLevel = on;
-    if (!m.usable()) return;
-    auto c = m.ch->setRts(on);
-    if (c == channel::Control::Unsupported && !m.warnedUnsupported) {
-        m.warnedUnsupported = true;
-        Text2Buffer(m.st, std::string("\r\n*WARNING: ") + m.ch->describe() + ": " + LineName(true) +
-                              " unsupported by this port\r\n");
-    }
+    if (m.usable() && m.ch->setRts(on) == channel::Control::Unsupported)
+        m.warnUnsupported(m.st, "RTS");
 }
 
 void ComPort::setDtr(bool on) {
     auto& m = *impl_;
     m.dtrLevel = on;
-    if (!m.usable()) return;
-    auto c = m.ch->setDtr(on);
-    if (c == channel::Control::Unsupported && !m.warnedUnsupported) {
-        m.warnedUnsupported = true;
-        Text2Buffer(m.st, std::string("\r\n*WARNING: ") + m.ch->describe() + ": " +
-                              LineName(false) + " unsupported by this port\r\n");
-    }
+    if (m.usable() && m.ch->setDtr(on) == channel::Control::Unsupported)
+        m.warnUnsupported(m.st, "DTR");
 }
 
 void ComPort::setPort(int port, int level) {

@@ -122,7 +122,9 @@ channel::Control SerialChannel::configure(const channel::LineSettings& s) {
     if (s.parity == channel::Parity::Even) t.c_cflag |= PARENB;
     if (s.stopBits == 2) t.c_cflag |= CSTOPB;
     t.c_iflag &= ~tcflag_t(IXON | IXOFF | IXANY | INPCK);
-    t.c_cc[VMIN] = 0;
+    // With VMIN 1 a non-blocking read without data fails with EAGAIN, so
+    // that a read of 0 bytes means the line hung up.
+    t.c_cc[VMIN] = 1;
     t.c_cc[VTIME] = 0;
     const speed_t sp = StandardSpeed(s.baud);
     if (sp != B0) {
@@ -130,14 +132,29 @@ channel::Control SerialChannel::configure(const channel::LineSettings& s) {
         cfsetospeed(&t, sp);
     }
     if (tcsetattr(fd_, TCSANOW, &t) != 0) {
-        fail(errno);
-        return channel::Control::Failed;
+        const int e = errno;
+        fail(e);
+        if (!Refused(e)) return channel::Control::Failed;
+        // The frame was refused: the line stays raw with 8 data bits.
+        t.c_cflag &= ~tcflag_t(CSIZE | PARENB | PARODD | CSTOPB);
+        t.c_cflag |= CS8;
+        (void)tcsetattr(fd_, TCSANOW, &t);
+        if (sp == B0) (void)SetCustomRate(fd_, s.baud);
+        return channel::Control::Unsupported;
     }
     if (sp == B0) {
         if (int e = SetCustomRate(fd_, s.baud); e != 0) {
             fail(e);
             return Refused(e) ? channel::Control::Unsupported : channel::Control::Failed;
         }
+    }
+    // A pseudo-terminal keeps 8 data bits and no parity whatever it is told.
+    termios back{};
+    const tcflag_t frame = CSIZE | PARENB | PARODD | CSTOPB;
+    if (tcgetattr(fd_, &back) == 0 && (back.c_cflag & frame) != (t.c_cflag & frame)) {
+        lastErrno_ = EINVAL;
+        lastError_ = "the device keeps its own data bits, parity and stop bits";
+        return channel::Control::Unsupported;
     }
     return channel::Control::Ok;
 }
