@@ -1,8 +1,9 @@
 #pragma once
 // Raw TCP to a serial server or to the virtual board's TCP mode:
 // socket://host:port. Nagle is off so that single bytes go at once; the end
-// of the stream means the line is gone. There are no line settings or modem
-// lines on a raw socket: those calls answer Unsupported.
+// of the stream means the line is gone. The far end keeps its own line
+// settings, so configure() has nothing to do; there are no modem lines or
+// break on a raw socket: those calls answer Unsupported.
 
 #include <memory>
 #include <string>
@@ -32,7 +33,7 @@ public:
     [[nodiscard]] std::size_t bytesWaitingOut() override;
     void clearInput() override;
     channel::Control configure(const channel::LineSettings&) override {
-        return channel::Control::Unsupported;
+        return isOpen() ? channel::Control::Ok : channel::Control::Failed;
     }
     channel::Control setRts(bool) override { return channel::Control::Unsupported; }
     channel::Control setDtr(bool) override { return channel::Control::Unsupported; }
