@@ -163,6 +163,8 @@ void ComPort::close() {
 
 bool ComPort::isOpen() const { return impl_->usable(); }
 
+ProgramState& ComPort::state() const { return impl_->st; }
+
 channel::ByteChannel* ComPort::channel() const { return impl_->ch.get(); }
 
 // ---------------------------------------------------------------- port list
@@ -225,6 +227,7 @@ void ComPort::setSettingsText(std::string_view text) {
 void ComPort::get_preferences() {
     auto& m = *impl_;
     if (isOpen()) close();
+    ShowSettings(m.st, form);
     setSettingsText(CSettings());
     setReceiveThreshold(0);
     m.inputLength = 1;

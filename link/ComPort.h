@@ -17,6 +17,7 @@
 
 #include "core/Host.h"
 #include "link/ByteChannel.h"
+#include "link/ComSettings.h"
 #include "link/Ports.h"
 
 namespace vortelm {
@@ -55,7 +56,11 @@ public:
     // The entries of the dialog's port list ("COM1", ..., device paths, "sim:").
     std::vector<std::string> portList;
 
+    [[nodiscard]] ProgramState& state() const;
+
     // ---- settings
+    // The settings dialog's controls; get_preferences fills them.
+    ComSettingsForm form;
     [[nodiscard]] std::string CSettings() const;
     [[nodiscard]] std::string GetComState() const;
     void get_preferences();
