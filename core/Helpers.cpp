@@ -233,7 +233,8 @@ bool IsAbsoluteName(std::string_view name) {
 }
 
 std::string ResolveIn(std::string_view folder, std::string_view name) {
-    if (IsAbsoluteName(name)) return std::string(name);
+    // With no folder set a name stays relative to the working folder.
+    if (IsAbsoluteName(name) || folder.empty()) return std::string(name);
     return std::string(folder) + "/" + std::string(name);
 }
 

@@ -49,7 +49,7 @@ void NormaliseScriptLine(std::string& line);
 
 // ---- file names
 // A name is absolute when it starts with "/" or holds ":" or "\\"; a relative
-// name gets the folder and a separator in front.
+// name gets the folder and a separator in front (an empty folder adds nothing).
 [[nodiscard]] bool IsAbsoluteName(std::string_view name);
 [[nodiscard]] std::string ResolveIn(std::string_view folder, std::string_view name);
 [[nodiscard]] std::string ResolveInProgramFolder(const ProgramState& st, std::string_view name);

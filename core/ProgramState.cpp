@@ -30,6 +30,8 @@ void SetProgramFolderDefaults(ProgramState& st) {
     }
 }
 
+double FormScale(const ProgramState& st) { return st.SCALEFACTOR / 100.0; }
+
 void CheckBound(long long index, long long bound, const char* what) {
     if (index < 0 || index > bound)
         throw RunTimeError(std::string(what) + " index " + std::to_string(index) +

@@ -146,4 +146,7 @@ public:
 // as soon as the folder is known.
 void SetProgramFolderDefaults(ProgramState& st);
 
+// The factor by which the forms are scaled in both directions.
+[[nodiscard]] double FormScale(const ProgramState& st);
+
 }  // namespace vortelm

@@ -28,9 +28,17 @@ void Text2Buffer(ProgramState& st, std::string_view text) {
     if (st.logEnabled == 1 && UpperCase(text).find("_LOGFILE") == std::string::npos) {
         std::string_view line = text;
         if (line.size() >= 2 && line.substr(line.size() - 2) == "\r\n") line.remove_suffix(2);
+        // The log is a Linux text file: each CR LF in the text is one line feed.
+        std::string out;
+        out.reserve(line.size() + 1);
+        for (size_t i = 0; i < line.size(); ++i) {
+            if (line[i] == '\r' && i + 1 < line.size() && line[i + 1] == '\n') continue;
+            out += line[i];
+        }
+        out += '\n';
         std::ofstream f(NativePath(ResolveLogPath(st, st.logFileName)),
                         std::ios::binary | std::ios::app);
-        f << line << "\n";
+        f << out;
     }
 }
 

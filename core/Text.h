@@ -10,7 +10,8 @@ namespace vortelm {
 struct ProgramState;
 
 // Appends to the running text (trimming to 1000 lines one line per call),
-// tells the host, and writes the text to the log file when logging is on.
+// tells the host, and writes the text to the log file when logging is on
+// (one open-append-close per call; each CR LF becomes one line feed there).
 void Text2Buffer(ProgramState& st, std::string_view text);
 
 // Number of carriage returns in the text.

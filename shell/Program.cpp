@@ -43,8 +43,9 @@ std::string DataHome(const std::string& home) {
 }
 
 std::string DeliveredDataTree(const std::string& dataSource) {
+    if (!dataSource.empty()) return HasControllerFile(dataSource) ? dataSource : std::string();
     for (const std::string& candidate :
-         {dataSource, std::string(VORTELM_INSTALL_DATA_DIR), std::string(VORTELM_SOURCE_DATA_DIR)})
+         {std::string(VORTELM_INSTALL_DATA_DIR), std::string(VORTELM_SOURCE_DATA_DIR)})
         if (HasControllerFile(candidate)) return candidate;
     return {};
 }

@@ -23,8 +23,9 @@ struct ProgramOptions {
     std::string home;                  // --home; empty: the default data home
     std::string portOverride;          // --port; empty: the preference keys
     std::vector<std::string> scripts;  // the script words of the command line
-    // Where the delivered data tree is copied from on the first start; empty:
-    // the install prefix's share/vortelm, else the source tree's data/.
+    // Where the delivered data tree is copied from on the first start (only
+    // there); empty: the install prefix's share/vortelm, else the source
+    // tree's data/.
     std::string dataSource;
 };
 
@@ -32,8 +33,9 @@ struct ProgramOptions {
 // $HOME/.local/share/vortelm.
 [[nodiscard]] std::string DataHome(const std::string& home);
 
-// The first folder of these that holds mctypes.dat: dataSource, the install
-// prefix's share/vortelm, the source tree's data/. Empty if none does.
+// The delivered data tree: dataSource when given (if it holds mctypes.dat),
+// else the first of the install prefix's share/vortelm and the source
+// tree's data/ that holds mctypes.dat. Empty if none does.
 [[nodiscard]] std::string DeliveredDataTree(const std::string& dataSource);
 
 class Program {

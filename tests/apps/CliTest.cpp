@@ -1,0 +1,185 @@
+// vortelm-cli as users and scripts drive it: standard input in, running
+// text out, message boxes on standard error, the exit status.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "core/ProgramState.h"
+#include "shell/Shell.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Cli : ::testing::Test {
+    std::string dir;
+    std::string out, err;
+    int status = -1;
+
+    void SetUp() override {
+        std::string t = (fs::temp_directory_path() / "vortelm-cli-XXXXXX").string();
+        ASSERT_NE(::mkdtemp(t.data()), nullptr);
+        dir = t;
+    }
+    void TearDown() override {
+        std::error_code ec;
+        fs::remove_all(dir, ec);
+    }
+    static std::string Read(const std::string& path) {
+        std::ifstream f(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(f), {});
+    }
+    // Runs the program with a fresh home, the words and the input.
+    void Run(const std::string& input, const std::string& words = "") {
+        std::ofstream(dir + "/in", std::ios::binary) << input;
+        const std::string cmd = std::string("cd '") + dir + "' && '" + VORTELM_CLI + "' --home '" + dir +
+                                "/home' " + words + " <in >out 2>err";
+        const int rc = std::system(cmd.c_str());
+        status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
+        out = Read(dir + "/out");
+        err = Read(dir + "/err");
+    }
+};
+
+TEST_F(Cli, HelpListsEveryListedRow) {
+    Run("_help\n");
+    EXPECT_EQ(status, 0);
+    // The listing as the table gives it, each CR LF as one line feed.
+    vortelm::ProgramState st;
+    vortelm::shell::ShellTable table;
+    vortelm::shell::BuildShellCommandTable(table);
+    std::string expected = ">_help\n";
+    int32_t group = 1;
+    for (int i = 0; i < table.shellCommandCount; ++i) {
+        const auto& r = table.shellCommands[i];
+        if (!r.listed) continue;
+        if (r.group != group) {
+            expected += "\n" + table.shellGroupNames[r.group] + "\n***********************************\n";
+            group = r.group;
+        }
+        expected += r.description + ": " + r.usage + "\n";
+    }
+    expected += " \n";
+    EXPECT_EQ(out, expected);
+    const std::string head =
+              ">_help\nList all shell commands: _help\nTest: _test\n\nFILE FUNCTIONS\n"
+              "***********************************\nL";
+    EXPECT_EQ(out.substr(0, head.size()), head);
+    EXPECT_EQ(out.find("_idreg"), std::string::npos);
+    EXPECT_EQ(out.find("_initialize"), std::string::npos);
+    EXPECT_EQ(out.find('\r'), std::string::npos);
+}
+
+TEST_F(Cli, UpperCaseHelpWorks) {
+    Run("_HELP\n");
+    EXPECT_EQ(status, 0);
+    const std::string head = ">_HELP\nList all shell commands: _help\nTest: _test\n\nFILE FUNCTIONS\n";
+    EXPECT_EQ(out.substr(0, head.size()), head);
+}
+
+TEST_F(Cli, MovAlone) {
+    Run("_mov\n");
+    EXPECT_EQ(out, ">_mov\n*ERROR: Illegal number of parameters\nusage: _mov <address>,<value>\n");
+    EXPECT_EQ(status, 1);
+}
+
+TEST_F(Cli, FillMemoryAboveSixteenBits) {
+    Run("_fillmemory 1FFFF\n");
+    EXPECT_EQ(out,
+              ">_fillmemory 1FFFF\n"
+              "*ERROR: Parameter 1 must be valid hexadecimal value (16 bit) or variable\n"
+              "*ERROR: Illegal parameters\n"
+              "usage: _fillmemory <fill value>|<variable>\n");
+    EXPECT_EQ(status, 1);
+}
+
+TEST_F(Cli, UnknownWord) {
+    Run("_frobnicate 1\n");
+    EXPECT_EQ(out, ">_frobnicate 1\n*ERROR: Illegal command\n");
+    EXPECT_EQ(status, 1);
+}
+
+TEST_F(Cli, TestLogsTheRotation) {
+    Run("_test\n");
+    EXPECT_EQ(out, ">_test\n38F00A\n");
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Cli, StatusOfTheLastLine) {
+    Run("_nothing\r\n_test\r\n");
+    EXPECT_EQ(out, ">_nothing\n*ERROR: Illegal command\n>_test\n38F00A\n");
+    EXPECT_EQ(status, 0);
+    Run("_test\n_nothing");  // a last line without its line end still runs
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(out, ">_test\n38F00A\n>_nothing\n*ERROR: Illegal command\n");
+}
+
+TEST_F(Cli, QuitStopsReading) {
+    Run("_quit\n_nothing\n");
+    EXPECT_EQ(out, ">_quit\n");
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Cli, EmptyInputEndsAtOnce) {
+    Run("");
+    EXPECT_EQ(out, "");
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Cli, TextWithoutAPort) {
+    Run("hello\n");
+    EXPECT_EQ(out, "\n-> SENDING: hello\n*ERROR: No communication port open");
+    EXPECT_EQ(status, 1);
+}
+
+TEST_F(Cli, PendingRowSaysSo) {
+    Run("_viewword\n");
+    EXPECT_EQ(out, ">_viewword\n*ERROR: Command not available in this build\n");
+    EXPECT_EQ(status, 1);
+}
+
+TEST_F(Cli, MissingScriptWordShowsTheBoxOnStandardError) {
+    Run("_test\n", "nothere.scm");
+    EXPECT_EQ(err, "Illegal startup parameters\n");
+    EXPECT_EQ(out, ">_test\n38F00A\n");
+    EXPECT_EQ(status, 0);
+}
+
+TEST_F(Cli, ExistingScriptWordIsNotYetRunnable) {
+    std::ofstream(dir + "/job.scm") << "_test\n";
+    Run("", "job.scm");
+    EXPECT_EQ(err, "");
+    EXPECT_NE(out.find("*ERROR: Scripts can not run in this build: "), std::string::npos);
+    EXPECT_NE(out.find("job.scm"), std::string::npos);
+}
+
+TEST_F(Cli, HomeIsMadeAndUsed) {
+    Run("_test\n");
+    EXPECT_TRUE(fs::is_directory(dir + "/home"));
+}
+
+TEST_F(Cli, Options) {
+    Run("", "--help");
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(out.find("Usage: vortelm-cli"), std::string::npos);
+    EXPECT_NE(out.find("Exit status"), std::string::npos);
+    Run("", "--version");
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(out.substr(0, 12), "vortelm-cli ");
+    Run("", "--bogus");
+    EXPECT_EQ(status, 2);
+    EXPECT_NE(err.find("unknown option --bogus"), std::string::npos);
+    Run("", "--yes --no");
+    EXPECT_EQ(status, 2);
+    Run("", "--port");
+    EXPECT_EQ(status, 2);
+    Run("_test\n", "--port sim: --no");
+    EXPECT_EQ(status, 0);
+}
+
+}  // namespace

@@ -1,0 +1,99 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "core/ProgramState.h"
+#include "core/TestHost.h"
+#include "shell/Rows.h"
+#include "shell/Shell.h"
+
+namespace vortelm::shell {
+
+struct Rows : ::testing::Test {
+    TestHost host;
+    std::unique_ptr<ProgramState> st = std::make_unique<ProgramState>(host);
+    Session s{*st};
+    void SetUp() override { BuildShellCommandTable(s.table); }
+    std::string Run(std::string_view line) {
+        host.terminal.clear();
+        result = ExecuteShellCommand(s, line, 0);
+        return host.terminal;
+    }
+    int16_t result = 0;
+};
+
+TEST_F(Rows, HelpListsTheListedRowsByGroup) {
+    const std::string out = Run("_help");
+    std::string expected = ">_help\r\n";
+    int32_t group = 1;
+    int listed = 0;
+    for (int i = 0; i < s.table.shellCommandCount; ++i) {
+        const auto& r = s.table.shellCommands[i];
+        if (!r.listed) continue;
+        ++listed;
+        if (r.group != group) {
+            expected += "\r\n" + s.table.shellGroupNames[r.group] + "\r\n***********************************\r\n";
+            group = r.group;
+        }
+        expected += r.description + ": " + r.usage + "\r\n";
+    }
+    expected += " \r\n";
+    EXPECT_EQ(out, expected);
+    EXPECT_EQ(listed, 83);
+    // No heading for the first group; it starts right after the echo.
+    EXPECT_EQ(out.substr(0, 61), ">_help\r\nList all shell commands: _help\r\nTest: _test\r\n\r\nFILE F");
+    EXPECT_EQ(out.find("HELP FUNCTIONS"), std::string::npos);
+    for (const char* hidden : {"_idreg", "_xorchecksum", "_addcchecksum", "_initialize", "NOT DOCUMENTED"})
+        EXPECT_EQ(out.find(hidden), std::string::npos) << hidden;
+    EXPECT_NE(out.find("\r\nVIEW FUNCTIONS\r\n***********************************\r\nViews current selection as 16 bit numbers: _viewword\r\n"),
+              std::string::npos);
+    EXPECT_EQ(out.substr(out.size() - 6), "]\r\n \r\n");
+    EXPECT_EQ(result, 0);
+}
+
+TEST_F(Rows, TestRotatesAndShowsTheSecondResult) {
+    EXPECT_EQ(Run("_test"), ">_test\r\n38F00A\r\n");
+    EXPECT_EQ(result, 0);
+}
+
+TEST_F(Rows, QuitEndsTheProgram) {
+    int ends = 0;
+    s.shutDown = [&] { ++ends; };
+    EXPECT_EQ(Run("_quit"), ">_quit\r\n");
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(result, 0);
+}
+
+TEST_F(Rows, RowsOfLaterPartsSayTheyAreNotInThisBuild) {
+    // The ids whose operation is not in this build yet. Rows land one by one:
+    // this list may only shrink.
+    const std::set<uint32_t> pending = {
+        0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2006, 0x2007, 0x2008, 0x3001, 0x3002, 0x3003,
+        0x3004, 0x3005, 0x3006, 0x4001, 0x4002, 0x4003, 0x4004, 0x4005, 0x5001, 0x5002, 0x5003,
+        0x6001, 0x6002, 0x6003, 0x6004, 0x6005, 0x6006, 0x6007, 0x6009, 0x6008, 0x7001, 0x7002,
+        0x7003, 0x8001, 0x8002, 0x8003, 0x8004, 0x8005, 0x9001, 0x9002, 0x9003, 0xA001, 0xA002,
+        0xA003, 0xE005, 0x5004, 0xB001, 0xB002, 0xB003, 0xC008, 0xC001, 0xC002, 0xC003, 0xC004,
+        0xC005, 0xC006, 0xC009, 0xC00A, 0xC00B, 0xD001, 0xD002, 0xD003, 0xD004, 0xD005, 0xD006,
+        0xD007, 0xD008, 0xD009, 0xD00A, 0xD00B, 0xD00C, 0xD00D, 0xE001, 0xE002, 0xE003, 0xE004,
+        0xF001, 0xF002, 0xF003, 0xF004, 0xF005, 0xF006, 0xF007,
+    };
+    std::set<int32_t> pendingIds;
+    for (uint32_t id : pending) pendingIds.insert(RowId(id));
+    for (int i = 0; i < s.table.shellCommandCount; ++i) {
+        const auto& r = s.table.shellCommands[i];
+        if (FindRow(r.id) != nullptr) continue;
+        EXPECT_TRUE(pendingIds.count(r.id)) << r.name << " has no row and is not on the list";
+    }
+    // Those still pending answer so and fail with their id.
+    const auto& viewword = s.table.shellCommands[FindShellCommand(s.table, "_viewword")];
+    if (FindRow(viewword.id) == nullptr) {
+        EXPECT_EQ(Run("_viewword"), ">_viewword\r\n*ERROR: Command not available in this build\r\n");
+        EXPECT_EQ(result, RowId(0xF001));
+    }
+    // The frame's own rows are bound.
+    EXPECT_NE(FindRow(RowId(0x1001)), nullptr);
+    EXPECT_NE(FindRow(RowId(0x1002)), nullptr);
+    EXPECT_NE(FindRow(RowId(0xC007)), nullptr);
+}
+
+}  // namespace vortelm::shell
