@@ -1,6 +1,8 @@
 #include "sfr/SfrTable.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <deque>
 #include <fstream>
@@ -22,17 +24,18 @@ constexpr size_t kNameField = 32;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
+
 // Text from the 0-based index on, empty past the end.
-std::string From(const std::string& text, size_t index) {
-    return index < text.size() ? text.substr(index) : std::string();
+std::string_view From(std::string_view text, size_t index) {
+    return index < text.size() ? text.substr(index) : std::string_view();
 }
 
 // Steps to the next token: the text from NextToken(text, true) + 1 on.
-void StepToNextToken(std::string& text) {
+void StepToNextToken(std::string_view& text) {
     text = From(text, static_cast<size_t>(NextToken(text, true)));
 }
 
-std::string FirstToken(const std::string& text) {
+std::string_view FirstToken(std::string_view text) {
     size_t i = 0;
     while (i < text.size() && !IsBlank(text[i])) ++i;
     return text.substr(0, i);
@@ -49,12 +52,6 @@ int32_t ValOf(std::string_view text) {
     return static_cast<int32_t>(v);
 }
 
-// 1-based position of key in text found case-sensitively, 0 if absent.
-size_t Position(const std::string& text, std::string_view key) {
-    const auto p = text.find(key);
-    return p == std::string::npos ? 0 : p + 1;
-}
-
 bool SameUpper(std::string_view stored, std::string_view wanted) {
     if (stored.size() != wanted.size()) return false;
     for (size_t i = 0; i < stored.size(); ++i)
@@ -66,6 +63,10 @@ bool SameUpper(std::string_view stored, std::string_view wanted) {
 
 // The loader: the table and, while it is unsorted, the first index of each
 // name (what the linear lookup finds).
+//
+// The working text of a line is a view: into the line as read until a
+// keyword has been cut off, and from then on into the line's upper-cased
+// copy, since the reader upper-cases the text when it cuts the keyword.
 class Loader {
 public:
     explicit Loader(ProgramState& st) : st_(st) {}
@@ -73,23 +74,29 @@ public:
     void line(std::string_view raw) {
         if (auto p = raw.find(';'); p != std::string_view::npos) raw = raw.substr(0, p);
         if (auto p = raw.find(','); p != std::string_view::npos) raw = raw.substr(0, p);
-        std::string text(raw);
-        if (Contains(text, "SFR") && !Contains(text, "BFLD")) registerLine(text);
-        if (Contains(text, "BFLD")) fieldLine(text);
-        if (Contains(text, "BITFLD")) bitLine(text, "BITFLD", true);
-        else if (Contains(text, "BIT") && text.find('.') != std::string::npos)
-            bitLine(text, "BIT", false);
+        original_ = raw;
+        upper_.assign(raw);
+        for (char& c : upper_)
+            if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+        text_ = raw;
+        cut_ = false;
+        // The tests are made on the upper-cased text; a branch that runs
+        // changes the text that the later tests see.
+        if (has("SFR") && !has("BFLD")) registerLine();
+        if (has("BFLD")) fieldLine();
+        if (has("BITFLD")) bitLine("BITFLD", true);
+        else if (has("BIT") && text_.find('.') != std::string_view::npos) bitLine("BIT", false);
     }
 
-    [[nodiscard]] int32_t indexOf(const std::string& upperName) const {
-        auto it = first_.find(upperName);
+    [[nodiscard]] int32_t indexOf(std::string_view upperName) const {
+        auto it = first_.find(std::string(upperName));
         return it == first_.end() ? -1 : it->second;
     }
 
-    void append(std::string name, int32_t address) {
+    void append(std::string_view name, int32_t address) {
         CheckBound(st_.sfrCount, kSfrBound, "SFR table");
-        SfrRecord& r = st_.sfrTable[st_.sfrCount];
-        r.name = std::move(name);
+        SfrRecord& r = st_.sfrTable[static_cast<size_t>(st_.sfrCount)];
+        r.name.assign(name);
         r.address = address;
         r.shortAddress = static_cast<int16_t>((address / 2) & 255);
         r.extended = address < 0xFE00 ? kTrue : kFalse;
@@ -103,83 +110,93 @@ public:
     }
 
 private:
-    static bool Contains(const std::string& text, std::string_view key) {
-        // The test is made on the upper-cased text.
-        auto it = std::search(text.begin(), text.end(), key.begin(), key.end(), [](char a, char b) {
-            return std::toupper(static_cast<unsigned char>(a)) == b;
-        });
-        return it != text.end();
+    // The working text, upper-cased.
+    [[nodiscard]] std::string_view upperText() const {
+        if (cut_) return text_;
+        return std::string_view(upper_).substr(static_cast<size_t>(text_.data() - original_.data()),
+                                               text_.size());
     }
 
-    // The text behind the keyword, upper-cased. A keyword not in capitals has
-    // the position 0, which starts inside it; the step to the next token then
-    // passes over what is left of it.
-    static void CutKeyword(std::string& text, std::string_view key) {
-        const size_t pos = Position(text, key);
-        text = UpperCase(From(text, pos + key.size() - 1));
+    [[nodiscard]] bool has(std::string_view key) const {
+        return upperText().find(key) != std::string_view::npos;
     }
 
-    void registerLine(std::string& text) {
-        CutKeyword(text, "SFR");
-        StepToNextToken(text);
-        int32_t k = NextToken(text, false);
+    // The text behind the keyword, upper-cased. The keyword's position is
+    // found case-sensitively; a keyword not in capitals has the position 0,
+    // which starts inside it, and the step to the next token then passes
+    // over what is left of it.
+    void cutKeyword(std::string_view key) {
+        const auto p = text_.find(key);
+        const size_t pos = p == std::string_view::npos ? 0 : p + 1;
+        text_ = From(upperText(), pos + key.size() - 1);
+        cut_ = true;
+    }
+
+    void registerLine() {
+        cutKeyword("SFR");
+        StepToNextToken(text_);
+        int32_t k = NextToken(text_, false);
         // The token without its first two characters, taken to be "0x".
-        const std::string hex = k - 2 > 0 ? From(text, 2).substr(0, static_cast<size_t>(k - 2)) : "";
+        const std::string_view hex =
+            k - 2 > 0 ? From(text_, 2).substr(0, static_cast<size_t>(k - 2)) : std::string_view();
         const int32_t address = HexValue(hex);
-        StepToNextToken(text);
-        k = NextToken(text, false);
+        StepToNextToken(text_);
+        k = NextToken(text_, false);
         // A name followed by a blank loses its last character.
-        std::string name = text.substr(0, static_cast<size_t>(std::max(k - 1, 0)));
-        append(std::move(name), address);
+        append(text_.substr(0, static_cast<size_t>(std::max(k - 1, 0))), address);
     }
 
-    void fieldLine(std::string& text) {
-        CutKeyword(text, "BFLD");
-        StepToNextToken(text);
-        const auto dot = text.find('.');
-        if (dot == std::string::npos) return;
-        const int32_t index = indexOf(text.substr(0, dot));
+    void fieldLine() {
+        cutKeyword("BFLD");
+        StepToNextToken(text_);
+        const auto dot = text_.find('.');
+        if (dot == std::string_view::npos) return;
+        const int32_t index = indexOf(text_.substr(0, dot));
         if (index < 0) return;
-        text = text.substr(dot + 1);
+        text_ = text_.substr(dot + 1);
         int32_t first = 0;
         int32_t second = 0;
-        if (const auto dash = text.find('-'); dash == std::string::npos) {
-            first = second = ValOf(FirstToken(text));
+        if (const auto dash = text_.find('-'); dash == std::string_view::npos) {
+            first = second = ValOf(FirstToken(text_));
         } else {
-            first = ValOf(text.substr(0, dash));
-            text = text.substr(dash + 1);
-            second = ValOf(FirstToken(text));
+            first = ValOf(text_.substr(0, dash));
+            text_ = text_.substr(dash + 1);
+            second = ValOf(FirstToken(text_));
         }
-        StepToNextToken(text);
+        StepToNextToken(text_);
         const int32_t high = std::max(first, second);
         const int32_t low = std::min(first, second);
         CheckBound(low, 15, "SFR bit");
-        SfrRecord& r = st_.sfrTable[index];
-        r.bitWidth[low] = static_cast<uint8_t>(high - low + 1);
-        std::string name = FirstToken(text);
-        r.bitName[low] = name.empty() ? text : name;
+        SfrRecord& r = st_.sfrTable[static_cast<size_t>(index)];
+        r.bitWidth[static_cast<size_t>(low)] = static_cast<uint8_t>(high - low + 1);
+        const std::string_view name = FirstToken(text_);
+        r.bitName[static_cast<size_t>(low)].assign(name.empty() ? text_ : name);
     }
 
-    void bitLine(std::string& text, std::string_view key, bool unknownFails) {
-        CutKeyword(text, key);
-        StepToNextToken(text);
-        const auto dot = text.find('.');
-        const int32_t index = indexOf(dot == std::string::npos ? text : text.substr(0, dot));
+    void bitLine(std::string_view key, bool unknownFails) {
+        cutKeyword(key);
+        StepToNextToken(text_);
+        const auto dot = text_.find('.');
+        const int32_t index = indexOf(dot == std::string_view::npos ? text_ : text_.substr(0, dot));
         if (index < 0) {
             if (unknownFails) CheckBound(index, st_.sfrCount - 1, "SFR register");
             return;
         }
-        text = dot == std::string::npos ? std::string() : text.substr(dot + 1);
-        const int32_t bit = ValOf(FirstToken(text));
-        StepToNextToken(text);
+        text_ = dot == std::string_view::npos ? std::string_view() : text_.substr(dot + 1);
+        const int32_t bit = ValOf(FirstToken(text_));
+        StepToNextToken(text_);
         CheckBound(bit, 15, "SFR bit");
-        SfrRecord& r = st_.sfrTable[index];
-        r.bitWidth[bit] = 1;
-        r.bitName[bit] = text;
+        SfrRecord& r = st_.sfrTable[static_cast<size_t>(index)];
+        r.bitWidth[static_cast<size_t>(bit)] = 1;
+        r.bitName[static_cast<size_t>(bit)].assign(text_);
     }
 
     ProgramState& st_;
     std::unordered_map<std::string, int32_t> first_;
+    std::string_view original_;
+    std::string upper_;
+    std::string_view text_;
+    bool cut_ = false;
 };
 
 std::optional<std::string> ReadWholeFile(const ProgramState& st, std::string_view name) {
@@ -252,15 +269,15 @@ void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
     // member goes to the group's end. So the order is the stable order of
     // names with each group of equal names turned by the number of smaller
     // names inserted after each member joined.
-    std::vector<size_t> order(n);
-    for (size_t i = 0; i < n; ++i) order[i] = i;
+    std::vector<std::pair<std::string_view, size_t>> order(n);
+    for (size_t i = 0; i < n; ++i) order[i] = {records[i].name, i};
     std::stable_sort(order.begin(), order.end(),
-                     [&](size_t a, size_t b) { return records[a].name < records[b].name; });
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<size_t> rank(n);
     size_t groups = 0;
     for (size_t k = 0; k < n; ++k) {
-        if (k > 0 && records[order[k]].name != records[order[k - 1]].name) ++groups;
-        rank[order[k]] = groups;
+        if (k > 0 && order[k].first != order[k - 1].first) ++groups;
+        rank[order[k].second] = groups;
     }
     ++groups;
     std::vector<int64_t> tree(groups + 1, 0);  // counts of ranks inserted so far (from index 1)
@@ -272,31 +289,63 @@ void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
         for (size_t x = r; x > 0; x -= x & (~x + 1)) s += tree[x];
         return s;
     };
-    std::vector<std::deque<size_t>> members(groups);
+    // Groups of one name need no turning: only groups of two or more keep
+    // their members (most names are unique).
+    std::vector<size_t> groupSize(groups, 0), groupStart(groups, 0);
+    for (size_t i = 0; i < n; ++i) ++groupSize[rank[i]];
+    for (size_t g = 1; g < groups; ++g) groupStart[g] = groupStart[g - 1] + groupSize[g - 1];
+    std::vector<size_t> slot(groups, SIZE_MAX);  // index into members for groups of two or more
+    std::vector<std::deque<size_t>> members;
+    for (size_t g = 0; g < groups; ++g)
+        if (groupSize[g] > 1) {
+            slot[g] = members.size();
+            members.emplace_back();
+        }
     std::vector<int64_t> seen(groups, 0);
     auto turn = [&](size_t g, int64_t times) {
-        auto& d = members[g];
+        auto& d = members[slot[g]];
         if (d.size() < 2) return;
         for (int64_t r = times % static_cast<int64_t>(d.size()); r > 0; --r) {
             d.push_back(d.front());
             d.pop_front();
         }
     };
+    std::vector<size_t> target(n);
     for (size_t i = 0; i < n; ++i) {
         const size_t g = rank[i];
-        const int64_t c = smaller(g);
-        turn(g, c - seen[g]);
-        members[g].push_back(i);
-        seen[g] = c;
+        if (slot[g] != SIZE_MAX) {
+            const int64_t c = smaller(g);
+            turn(g, c - seen[g]);
+            members[slot[g]].push_back(i);
+            seen[g] = c;
+        } else {
+            target[i] = groupStart[g];
+        }
         if (i >= 1) add(g);
     }
-    std::vector<SfrRecord> sorted;
-    sorted.reserve(n);
+    // Where each record goes, then the moves along the cycles of that
+    // permutation, so that each record moves once.
     for (size_t g = 0; g < groups; ++g) {
+        if (slot[g] == SIZE_MAX) continue;
         turn(g, smaller(g) - seen[g]);
-        for (size_t i : members[g]) sorted.push_back(std::move(records[i]));
+        size_t next = groupStart[g];
+        for (size_t i : members[slot[g]]) target[i] = next++;
     }
-    std::move(sorted.begin(), sorted.end(), records.begin());
+    for (size_t start = 0; start < n; ++start) {
+        if (target[start] == start) continue;
+        SfrRecord carried = std::move(records[start]);
+        size_t at = start;
+        while (true) {
+            const size_t to = target[at];
+            target[at] = at;
+            if (to == start) {
+                records[start] = std::move(carried);
+                break;
+            }
+            std::swap(carried, records[to]);
+            at = to;
+        }
+    }
 }
 
 int ReadSfrFile(ProgramState& st, std::string_view path) {
@@ -333,11 +382,16 @@ int ReadSfrFile(ProgramState& st, std::string_view path) {
 }
 
 bool WriteSfrCache(const ProgramState& st, std::string_view cachePath) {
+    std::FILE* f = std::fopen(NativePath(ResolveInProgramFolder(st, cachePath)).c_str(), "wb");
+    if (!f) return false;
+    std::vector<char> buffer(1 << 16);
+    std::setvbuf(f, buffer.data(), _IOFBF, buffer.size());
     std::string out;
-    out.reserve(static_cast<size_t>(std::max<int16_t>(st.sfrCount, 0)) * kSfrCacheRecordSize);
-    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound; ++i) {
+    out.reserve(kSfrCacheRecordSize);
+    bool ok = true;
+    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound && ok; ++i) {
         const SfrRecord& r = st.sfrTable[static_cast<size_t>(i)];
-        const size_t start = out.size();
+        out.clear();
         PutName(out, r.name);
         PutLe<int32_t>(out, r.address);
         PutLe<int16_t>(out, r.shortAddress);
@@ -347,12 +401,10 @@ bool WriteSfrCache(const ProgramState& st, std::string_view cachePath) {
         for (int16_t w : r.reserved2) PutLe<int16_t>(out, w);
         out += static_cast<char>(r.reserved3);
         PutLe<int16_t>(out, r.extended);
-        out.append(kSfrCacheRecordSize - (out.size() - start), '\0');
+        out.append(kSfrCacheRecordSize - out.size(), '\0');
+        ok = std::fwrite(out.data(), 1, out.size(), f) == out.size();
     }
-    std::ofstream f(NativePath(ResolveInProgramFolder(st, cachePath)), std::ios::binary | std::ios::trunc);
-    if (!f.is_open()) return false;
-    f.write(out.data(), static_cast<std::streamsize>(out.size()));
-    return static_cast<bool>(f);
+    return std::fclose(f) == 0 && ok;
 }
 
 void ReadSfrCache(ProgramState& st, std::string_view cachePath) {
