@@ -38,7 +38,8 @@ Timing Run(const std::vector<std::string>& args, const std::string& input) {
     argv.push_back(nullptr);
     posix_spawn_file_actions_t fa;
     posix_spawn_file_actions_init(&fa);
-    posix_spawn_file_actions_addopen(&fa, 0, input.empty() ? "/dev/null" : input.c_str(), O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&fa, 0, input.empty() ? "/dev/null" : input.c_str(), O_RDONLY,
+                                     0);
     posix_spawn_file_actions_addopen(&fa, 1, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&fa, 2, "/dev/null", O_WRONLY, 0);
     const auto t0 = std::chrono::steady_clock::now();
@@ -89,12 +90,14 @@ struct Series {
     }
 };
 
-void Report(const char* title, const char* ours, const Series& a, const char* peer, const Series& b) {
+void Report(const char* title, const char* ours, const Series& a, const char* peer,
+            const Series& b) {
     const double aw = Median(a.wall), bw = Median(b.wall), ac = Median(a.cpu), bc = Median(b.cpu);
     std::printf("%s\n", title);
     std::printf("  %-34s wall %8.3f s   cpu %8.3f s\n", ours, aw, ac);
     std::printf("  %-34s wall %8.3f s   cpu %8.3f s\n", peer, bw, bc);
-    std::printf("  ratio vortelm/peer                 wall %8.3f     cpu %8.3f\n", aw / bw, ac / bc);
+    std::printf("  ratio vortelm/peer                 wall %8.3f     cpu %8.3f\n", aw / bw,
+                ac / bc);
 }
 
 }  // namespace
@@ -103,8 +106,10 @@ int main(int argc, char** argv) {
     int runs = 7;
     bool keep = false;
     for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--keep") == 0) keep = true;
-        else runs = std::max(1, std::atoi(argv[i]));
+        if (std::strcmp(argv[i], "--keep") == 0)
+            keep = true;
+        else
+            runs = std::max(1, std::atoi(argv[i]));
     }
     char tmpl[] = "/tmp/vortelm-bench-XXXXXX";
     if (!mkdtemp(tmpl)) {
@@ -130,7 +135,8 @@ int main(int argc, char** argv) {
     const std::string s28 = (dir / "img.s28").string();
     Run({"srec_cat", bin, "-binary", "-o", hex, "-intel", "-output_block_size=32"}, "");
     Run({"srec_cat", bin, "-binary", "-o", s28, "-motorola", "-address-length=3",
-         "-output_block_size=32"}, "");
+         "-output_block_size=32"},
+        "");
 
     const fs::path home = dir / "home";
     const std::string outV = (dir / "vortelm.bin").string();
@@ -154,14 +160,17 @@ int main(int argc, char** argv) {
         ss.add(Run({"srec_cat", s28, "-o", outP, "-binary"}, ""));
         CheckSame(outP, image, "srec_cat");
     }
-    std::printf("16 MiB random image, %d runs each, medians (outputs identical to the image)\n", runs);
+    std::printf("16 MiB random image, %d runs each, medians (outputs identical to the image)\n",
+                runs);
     Report("Intel HEX, 32-byte records, type 04:", "vortelm-cli _load + _binsave", vh,
            "objcopy -I ihex -O binary", oh);
     Report("S28, 32-byte records:", "vortelm-cli _loadsre + _binsave", vs,
            "srec_cat -o out.bin -binary", ss);
     const double goal = Median(vh.wall) / Median(oh.wall);
     std::printf("goal (Intel HEX wall ratio at most 0.25): %s\n", goal <= 0.25 ? "met" : "not met");
-    if (!keep) fs::remove_all(dir);
-    else std::printf("files kept in %s\n", dir.c_str());
+    if (!keep)
+        fs::remove_all(dir);
+    else
+        std::printf("files kept in %s\n", dir.c_str());
     return 0;
 }

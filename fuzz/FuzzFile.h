@@ -37,7 +37,8 @@ struct Harness {
         input = dir + "/input";
     }
     ~Harness() {
-        for (const char* f : {"/input", "/out.hex", "/out.sre", "/out.bin"}) ::unlink((dir + f).c_str());
+        for (const char* f : {"/input", "/out.hex", "/out.sre", "/out.bin"})
+            ::unlink((dir + f).c_str());
         ::rmdir(dir.c_str());
     }
     void write(const uint8_t* data, size_t size) {

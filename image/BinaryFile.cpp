@@ -1,6 +1,7 @@
 #include "image/BinaryFile.h"
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <vector>
@@ -27,8 +28,9 @@ void ReadBinaryFile(ProgramState& st, std::string_view name, int32_t address) {
                        std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(bytes.data()),
                                                 static_cast<size_t>(std::max<int64_t>(have, 0))),
                        kMarksLoaded);
-        if (have < whole) FillDumpBlock(st.dump, static_cast<int32_t>(int64_t(address) + have),
-                                        whole - have, 0, kMarksLoaded);
+        if (have < whole)
+            FillDumpBlock(st.dump, static_cast<int32_t>(int64_t(address) + have), whole - have, 0,
+                          kMarksLoaded);
     }
     if (tail > 0) {
         // The rest is read one by one from the file opened again through the
@@ -45,10 +47,31 @@ void ReadBinaryFile(ProgramState& st, std::string_view name, int32_t address) {
         }
     }
     const int64_t last = int64_t(address) + size - 1;
-    if (last > std::numeric_limits<int32_t>::max()) throw RunTimeError("binary load end address overflow");
+    if (last > std::numeric_limits<int32_t>::max())
+        throw RunTimeError("binary load end address overflow");
     AddSelection(sel, address, static_cast<int32_t>(last));
     MergeSelections(sel);
 }
+
+namespace {
+
+constexpr uint8_t kRead = kMarkDefined | kMarkValid;
+
+// True when every status byte has Defined or Valid.
+bool AllRead(const uint8_t* status, size_t len) {
+    constexpr uint64_t kOnes = 0x0101010101010101ull;
+    size_t k = 0;
+    for (; k + 8 <= len; k += 8) {
+        uint64_t w;
+        std::memcpy(&w, status + k, 8);
+        if (((w | (w >> 2)) & kOnes) != kOnes) return false;
+    }
+    for (; k < len; ++k)
+        if (!(status[k] & kRead)) return false;
+    return true;
+}
+
+}  // namespace
 
 void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fillValue) {
     auto& sel = st.selections;
@@ -66,36 +89,37 @@ void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fill
     // One byte per address from position 0. A gap byte is written as 16
     // bits: its upper half stands behind it until the next write covers it.
     uint64_t pos = 0;
-    std::vector<uint8_t> values;
-    std::vector<uint8_t> status;
+    std::vector<uint8_t> filled;
     std::string gap;
-    constexpr uint8_t kRead = kMarkDefined | kMarkValid;
     for (int i = 0; i < sel.count; ++i) {
+        const int64_t start = sel.start[i];
         const int64_t end = sel.end[i];
-        for (int64_t a = sel.start[i]; a <= end;) {
-            const int64_t n = std::min<int64_t>(end - a + 1, 1 << 20);
-            values.resize(static_cast<size_t>(n));
-            status.resize(static_cast<size_t>(n));
-            ReadDumpBlock(st.dump, static_cast<int32_t>(a), values, status);
-            bool unread = false;
-            for (uint8_t m : status) unread |= (m & kRead) == 0;
-            if (unread) {
-                // Some byte is neither Defined nor Valid: it takes the fill value.
-                for (size_t k = 0; k < values.size(); ++k) {
-                    if (status[k] & kRead) continue;
-                    if (fillValue < 0) {
-                        put(pos, std::string_view(reinterpret_cast<const char*>(values.data()), k));
-                        throw RunTimeError("fill value " + std::to_string(fillValue) +
-                                           " for the unread byte at " +
-                                           HexText(static_cast<int32_t>(a + int64_t(k)), 6));
+        int64_t address = start;
+        VisitDumpBlock(
+            st.dump, sel.start[i], end - start + 1,
+            [&](const uint8_t* data, const uint8_t* status, size_t len) {
+                const uint8_t* out = data;
+                if (!AllRead(status, len)) {
+                    // Some byte is neither Defined nor Valid: it takes the fill value.
+                    filled.assign(data, data + len);
+                    for (size_t k = 0; k < len; ++k) {
+                        if (status[k] & kRead) continue;
+                        if (fillValue < 0) {
+                            put(pos,
+                                std::string_view(reinterpret_cast<const char*>(filled.data()), k));
+                            throw RunTimeError(
+                                "fill value " + std::to_string(fillValue) +
+                                " for the unread byte at " +
+                                HexText(static_cast<int32_t>(address + int64_t(k)), 6));
+                        }
+                        filled[k] = static_cast<uint8_t>(fillValue);
                     }
-                    values[k] = static_cast<uint8_t>(fillValue);
+                    out = filled.data();
                 }
-            }
-            put(pos, std::string_view(reinterpret_cast<const char*>(values.data()), values.size()));
-            pos += values.size();
-            a += n;
-        }
+                put(pos, std::string_view(reinterpret_cast<const char*>(out), len));
+                pos += len;
+                address += static_cast<int64_t>(len);
+            });
         if (i + 1 < sel.count && fillValue >= 0) {
             for (int64_t left = int64_t(sel.start[i + 1]) - end - 1; left > 0;) {
                 const int64_t n = std::min<int64_t>(left, 1 << 20);

@@ -1,5 +1,7 @@
 #include "image/Dump.h"
 
+#include <sys/mman.h>
+
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -18,6 +20,60 @@ namespace {
     throw RunTimeError("DumpMemory address " + text + " out of range -FFFF to 100FFFF");
 }
 
+// The space of all segments: address space reserved once, touched only where
+// a segment is placed. Each segment has a slot of one page for the tag that
+// DumpSegment's delete reads (zero here: the space gives it back) and the
+// segment behind it.
+constexpr size_t kPage = 4096;
+constexpr size_t kLargePage = size_t(2) << 20;
+constexpr size_t kSlot = kPage + sizeof(DumpSegment);
+
+struct SegmentSpace {
+    SegmentSpace() {
+        mappingSize = kSlot * DumpMemory::kSegments + kLargePage;
+        mapping = ::mmap(nullptr, mappingSize, PROT_READ | PROT_WRITE,
+                         MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        if (mapping == MAP_FAILED) {
+            mapping = nullptr;
+            return;
+        }
+        const auto a = (reinterpret_cast<uintptr_t>(mapping) + kLargePage - 1) & ~(kLargePage - 1);
+        base = reinterpret_cast<char*>(a);
+    }
+    ~SegmentSpace() {
+        if (mapping) ::munmap(mapping, mappingSize);
+    }
+    SegmentSpace(const SegmentSpace&) = delete;
+    SegmentSpace& operator=(const SegmentSpace&) = delete;
+
+    void* mapping = nullptr;
+    size_t mappingSize = 0;
+    char* base = nullptr;  // aligned to a large page
+    bool bulkAdvised = false;
+};
+
+SegmentSpace* Space(DumpMemory& dump) {
+    if (!dump.space) dump.space = std::make_shared<SegmentSpace>();
+    return static_cast<SegmentSpace*>(dump.space.get());
+}
+
+std::unique_ptr<DumpSegment> NewSegment(DumpMemory& dump, size_t seg) {
+    SegmentSpace* space = Space(dump);
+    if (!space->base) return std::make_unique<DumpSegment>();
+    // A segment that follows one already there is part of a bulk load: the
+    // space from here on may then use large pages, which makes the
+    // first touch of many segments much cheaper. Lone segments stay small.
+    if (!space->bulkAdvised && seg > 4 && dump.segments[seg - 1]) {
+        const auto from =
+            reinterpret_cast<uintptr_t>(space->base + seg * kSlot) & ~(kLargePage - 1);
+        const auto to = reinterpret_cast<uintptr_t>(space->base + DumpMemory::kSegments * kSlot);
+        ::madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
+        space->bulkAdvised = true;
+    }
+    char* slot = space->base + seg * kSlot;
+    return std::unique_ptr<DumpSegment>(::new (slot + kPage) DumpSegment());
+}
+
 // The access step: segment of the address (allocated on touch) and offset.
 DumpSegment& Touch(DumpMemory& dump, int64_t address) {
     if (address < kDumpLowestAddress || address >= kDumpEndAddress) AddressPastImage(address);
@@ -25,7 +81,7 @@ DumpSegment& Touch(DumpMemory& dump, int64_t address) {
     auto& p = dump.segments[seg];
     if (!p) {
         try {
-            p = std::make_unique<DumpSegment>();
+            p = NewSegment(dump, seg);
         } catch (const std::bad_alloc&) {
             throw RunTimeError("DumpMemory segment " + std::to_string(seg) + " out of memory");
         }
@@ -33,12 +89,16 @@ DumpSegment& Touch(DumpMemory& dump, int64_t address) {
     return *p;
 }
 
-constexpr uint32_t Offset(int64_t address) { return static_cast<uint32_t>(address) & 0xFFFFu; }
+constexpr uint32_t Offset(int64_t address) {
+    return static_cast<uint32_t>(address) & 0xFFFFu;
+}
 
 void SetMark(DumpMemory& dump, int32_t address, int16_t flag, uint8_t mark) {
     auto& s = Touch(dump, address).status[Offset(address)];
-    if (flag == kTrue) s = static_cast<uint8_t>(s | mark);
-    else s = static_cast<uint8_t>(s & ~mark);
+    if (flag == kTrue)
+        s = static_cast<uint8_t>(s | mark);
+    else
+        s = static_cast<uint8_t>(s & ~mark);
 }
 
 int16_t HasMark(DumpMemory& dump, int32_t address, uint8_t mark) {
@@ -87,11 +147,15 @@ void SetMonitorMark(DumpMemory& dump, int32_t address, int16_t flag) {
 void SetValid(DumpMemory& dump, int32_t address, int16_t flag) {
     SetMark(dump, address, flag, kMarkValid);
 }
-int16_t IsDefined(DumpMemory& dump, int32_t address) { return HasMark(dump, address, kMarkDefined); }
+int16_t IsDefined(DumpMemory& dump, int32_t address) {
+    return HasMark(dump, address, kMarkDefined);
+}
 int16_t IsMonitorMark(DumpMemory& dump, int32_t address) {
     return HasMark(dump, address, kMarkMonitor);
 }
-int16_t IsValid(DumpMemory& dump, int32_t address) { return HasMark(dump, address, kMarkValid); }
+int16_t IsValid(DumpMemory& dump, int32_t address) {
+    return HasMark(dump, address, kMarkValid);
+}
 
 bool IsSegmentAllocated(const DumpMemory& dump, int segment) {
     return segment >= 0 && segment < DumpMemory::kSegments && dump.segments[segment] != nullptr;
@@ -129,6 +193,14 @@ void MarkDumpBlock(DumpMemory& dump, int32_t address, int64_t count, MarkChange 
     if (count <= 0) return;
     ForEachPiece(dump, address, count, [&](DumpSegment& seg, uint32_t off, size_t len, size_t) {
         ApplyMarks(seg.status.data() + off, len, marks);
+    });
+}
+
+void VisitDumpBlock(DumpMemory& dump, int32_t address, int64_t count,
+                    const std::function<void(const uint8_t*, const uint8_t*, size_t)>& fn) {
+    if (count <= 0) return;
+    ForEachPiece(dump, address, count, [&](DumpSegment& seg, uint32_t off, size_t len, size_t) {
+        fn(seg.data.data() + off, seg.status.data() + off, len);
     });
 }
 

@@ -9,6 +9,7 @@
 // address, but touch each segment once per call.
 
 #include <cstdint>
+#include <functional>
 #include <span>
 
 #include "core/Types.h"
@@ -60,6 +61,12 @@ void ReadDumpBlock(DumpMemory& dump, int32_t address, std::span<uint8_t> values,
                    std::span<uint8_t> status = {});
 // Changes the marks of count bytes from address on; values stay.
 void MarkDumpBlock(DumpMemory& dump, int32_t address, int64_t count, MarkChange marks);
+
+// Calls fn(data, status, length) for the pieces of address .. address+count-1,
+// each inside one segment, in rising order (for writers that hand the bytes
+// on without copying them).
+void VisitDumpBlock(DumpMemory& dump, int32_t address, int64_t count,
+                    const std::function<void(const uint8_t*, const uint8_t*, size_t)>& fn);
 
 // The first address in from..to whose status has any of the marks, and the
 // last address of its run within from..to. Like the per-byte tests it

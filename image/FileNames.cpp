@@ -23,6 +23,8 @@ std::string DateStamp(std::time_t when) {
     return buf;
 }
 
-std::string DateStamp() { return DateStamp(std::time(nullptr)); }
+std::string DateStamp() {
+    return DateStamp(std::time(nullptr));
+}
 
 }  // namespace vortelm

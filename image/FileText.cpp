@@ -12,14 +12,15 @@ namespace vortelm {
 std::optional<FileBytes> FileBytes::Open(const std::string& nativeName) {
     const int fd = ::open(nativeName.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return std::nullopt;
-    struct stat sb{};
+    struct stat sb {};
     if (::fstat(fd, &sb) != 0 || S_ISDIR(sb.st_mode)) {
         ::close(fd);
         return std::nullopt;
     }
     FileBytes f;
     if (S_ISREG(sb.st_mode) && sb.st_size > 0) {
-        void* p = ::mmap(nullptr, static_cast<size_t>(sb.st_size), PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+        void* p = ::mmap(nullptr, static_cast<size_t>(sb.st_size), PROT_READ,
+                         MAP_PRIVATE | MAP_POPULATE, fd, 0);
         if (p != MAP_FAILED) {
             f.data_ = static_cast<const char*>(p);
             f.size_ = static_cast<size_t>(sb.st_size);
@@ -42,7 +43,10 @@ std::optional<FileBytes> FileBytes::Open(const std::string& nativeName) {
 }
 
 FileBytes::FileBytes(FileBytes&& other) noexcept
-    : data_(other.data_), size_(other.size_), mapped_(other.mapped_), copy_(std::move(other.copy_)) {
+    : data_(other.data_),
+      size_(other.size_),
+      mapped_(other.mapped_),
+      copy_(std::move(other.copy_)) {
     if (!mapped_) data_ = copy_.data();
     other.data_ = nullptr;
     other.size_ = 0;

@@ -13,7 +13,7 @@
 namespace vortelm {
 
 class FileBytes {
-public:
+  public:
     // Opens the native file; nothing when it cannot be opened.
     static std::optional<FileBytes> Open(const std::string& nativeName);
     FileBytes(FileBytes&& other) noexcept;
@@ -24,7 +24,7 @@ public:
 
     [[nodiscard]] std::string_view bytes() const { return {data_, size_}; }
 
-private:
+  private:
     FileBytes() = default;
     const char* data_ = nullptr;
     size_t size_ = 0;
@@ -34,22 +34,22 @@ private:
 
 // Lines of a text, as the line input of the original reads them.
 class LineCursor {
-public:
+  public:
     explicit LineCursor(std::string_view text) : text_(text) {}
     [[nodiscard]] bool atEnd() const { return pos_ >= text_.size(); }
     // The next line without its end; call only when !atEnd().
     std::string_view next();
 
-private:
+  private:
     std::string_view text_;
     size_t pos_ = 0;
-    size_t nl_ = 0;  // position of the next line feed (or the end), once found
+    size_t nl_ = 0;  // the next line feed (or the end), once found
     bool nlKnown_ = false;
 };
 
 // A file written at given positions (replacing an old one).
 class FileOut {
-public:
+  public:
     explicit FileOut(const std::string& nativeName);
     ~FileOut();
     FileOut(const FileOut&) = delete;
@@ -58,7 +58,7 @@ public:
     [[nodiscard]] bool writeAt(uint64_t position, std::string_view bytes);
     [[nodiscard]] bool close();
 
-private:
+  private:
     int fd_;
 };
 
@@ -91,6 +91,30 @@ inline constexpr HexDigits kHexDigits{};
         v = v * 16 + d;
     }
     return v;
+}
+
+// Values of every pair of characters as they stand in memory (first
+// character in the low byte): the byte they spell, or -1.
+struct HexPairs {
+    int16_t v[65536];
+    constexpr HexPairs() : v() {
+        for (int i = 0; i < 65536; ++i) {
+            const int lo = kHexDigits.v[i & 0xFF];
+            const int hi = kHexDigits.v[i >> 8];
+            v[i] = static_cast<int16_t>((lo | hi) < 0 ? -1 : lo * 16 + hi);
+        }
+    }
+};
+inline constexpr HexPairs kHexPairs{};
+
+// Decodes n bytes from 2n characters; a pair that is not hexadecimal gives
+// 0xFF (the low byte of HexValue's -1).
+inline void HexBytes(const char* p, uint8_t* out, size_t n) {
+    for (size_t i = 0; i < n; ++i, p += 2) {
+        const auto c = static_cast<uint16_t>(static_cast<unsigned char>(p[0]) |
+                                             (static_cast<unsigned char>(p[1]) << 8));
+        out[i] = static_cast<uint8_t>(kHexPairs.v[c]);
+    }
 }
 
 // The byte of two hexadecimal characters; 0xFF (the low byte of HexValue's

@@ -26,66 +26,73 @@ void ReadHexFile(ProgramState& st, std::string_view name) {
     int32_t runEnd = -2;
     int64_t lineNo = 0;
     std::array<uint8_t, 257> buf{};
+    StagedWrite staged(st.dump);
 
-    while (!lines.atEnd()) {
-        std::string_view line = lines.next();
-        ++lineNo;
-        // The last line is never reported: it is parsed as it stands.
-        while ((line.empty() || line[0] != ':') && !lines.atEnd()) {
-            Text2Buffer(st, "\r\n*WARNING: No ':' at beginning of line - line ignored ");
-            line = lines.next();
+    try {
+        while (!lines.atEnd()) {
+            std::string_view line = lines.next();
             ++lineNo;
-        }
-        const int32_t ll = HexField(line, 2, 2);
-        const int32_t addr = HexField(line, 4, 4);
-        const int32_t type = HexField(line, 8, 2);
-        CheckBound(ll < 0 ? ll : ll + 3, 256, "Intel HEX record buffer");
+            // The last line is never reported: it is parsed as it stands.
+            while ((line.empty() || line[0] != ':') && !lines.atEnd()) {
+                Text2Buffer(st, "\r\n*WARNING: No ':' at beginning of line - line ignored ");
+                line = lines.next();
+                ++lineNo;
+            }
+            const int32_t ll = HexField(line, 2, 2);
+            const int32_t addr = HexField(line, 4, 4);
+            const int32_t type = HexField(line, 8, 2);
+            CheckBound(ll < 0 ? ll : ll + 3, 256, "Intel HEX record buffer");
 
-        const size_t n = static_cast<size_t>(ll);
-        if (line.size() >= 11 + 2 * n) {
-            const char* p = line.data() + 9;
-            for (size_t i = 0; i < n; ++i, p += 2) buf[i] = HexPair(p);
-        } else {
-            for (size_t i = 0; i < n; ++i)
-                buf[i] = static_cast<uint8_t>(HexField(line, 10 + 2 * i, 2) & 0xFF);
-        }
-        const auto checksum = static_cast<uint8_t>(HexField(line, 10 + 2 * n, 2) & 0xFF);
-        buf[n] = static_cast<uint8_t>(ll);
-        buf[n + 1] = static_cast<uint8_t>((addr >> 8) & 0xFF);
-        buf[n + 2] = static_cast<uint8_t>(addr & 0xFF);
-        buf[n + 3] = static_cast<uint8_t>(type & 0xFF);
-        unsigned sum = 0;
-        for (size_t i = 0; i < n + 4; ++i) sum += buf[i];
-        sum %= 256;
-        const unsigned calculated = sum == 0 ? 0 : 256 - sum;
-        if (calculated != checksum) {
-            Text2Buffer(st, "\r\n*WARNING: Checksum in line " + std::to_string(lineNo) +
-                                " wrong. Read: 0x" + HexText(checksum, 2) + ", calculated: 0x" +
-                                HexText(static_cast<int32_t>(calculated), 2));
-        }
+            const size_t n = static_cast<size_t>(ll);
+            if (line.size() >= 11 + 2 * n) {
+                const char* p = line.data() + 9;
+                HexBytes(p, buf.data(), n);
+            } else {
+                for (size_t i = 0; i < n; ++i)
+                    buf[i] = static_cast<uint8_t>(HexField(line, 10 + 2 * i, 2) & 0xFF);
+            }
+            const auto checksum = static_cast<uint8_t>(HexField(line, 10 + 2 * n, 2) & 0xFF);
+            buf[n] = static_cast<uint8_t>(ll);
+            buf[n + 1] = static_cast<uint8_t>((addr >> 8) & 0xFF);
+            buf[n + 2] = static_cast<uint8_t>(addr & 0xFF);
+            buf[n + 3] = static_cast<uint8_t>(type & 0xFF);
+            unsigned sum = 0;
+            for (size_t i = 0; i < n + 4; ++i) sum += buf[i];
+            sum %= 256;
+            const unsigned calculated = sum == 0 ? 0 : 256 - sum;
+            if (calculated != checksum) {
+                Text2Buffer(st, "\r\n*WARNING: Checksum in line " + std::to_string(lineNo) +
+                                    " wrong. Read: 0x" + HexText(checksum, 2) + ", calculated: 0x" +
+                                    HexText(static_cast<int32_t>(calculated), 2));
+            }
 
-        if (type == 0) {
-            const int32_t a = base + addr;
-            if (runStart != -1) {
-                if (int64_t(a) != int64_t(runEnd) + 1) {
-                    AddSelection(sel, runStart, runEnd);
+            if (type == 0) {
+                const int32_t a = base + addr;
+                if (runStart != -1) {
+                    if (int64_t(a) != int64_t(runEnd) + 1) {
+                        AddSelection(sel, runStart, runEnd);
+                        runStart = a;
+                    }
+                } else {
                     runStart = a;
                 }
-            } else {
-                runStart = a;
+                staged.add(a, buf.data(), n);
+                runEnd = static_cast<int32_t>(int64_t(a) + ll - 1);
+            } else if (type == 2) {
+                base = (buf[0] * 256 + buf[1]) * 16;
+            } else if (type == 4) {
+                const int32_t v = buf[0] * 256 + buf[1];
+                if (v >= 0x8000)
+                    throw RunTimeError("Intel HEX extended linear address " + HexText(v, 4) +
+                                       " overflow in line " + std::to_string(lineNo));
+                base = v * 65536;
             }
-            WriteDumpBlock(st.dump, a, std::span<const uint8_t>(buf.data(), n), kMarksLoaded);
-            runEnd = static_cast<int32_t>(int64_t(a) + ll - 1);
-        } else if (type == 2) {
-            base = (buf[0] * 256 + buf[1]) * 16;
-        } else if (type == 4) {
-            const int32_t v = buf[0] * 256 + buf[1];
-            if (v >= 0x8000)
-                throw RunTimeError("Intel HEX extended linear address " + HexText(v, 4) +
-                                   " overflow in line " + std::to_string(lineNo));
-            base = v * 65536;
         }
+    } catch (...) {
+        staged.flush();
+        throw;
     }
+    staged.flush();
     AddSelection(sel, runStart, runEnd);
     MergeSelections(sel);
 }
@@ -98,8 +105,10 @@ int32_t ExtensionValue(int64_t address, int16_t format) {
 }
 
 void AppendExtension(std::string& out, int32_t value, int16_t format) {
-    const unsigned sum = (2u + static_cast<unsigned>(format) + ((static_cast<unsigned>(value) >> 8) & 0xFF) +
-                          (static_cast<unsigned>(value) & 0xFF)) % 256;
+    const unsigned sum =
+        (2u + static_cast<unsigned>(format) + ((static_cast<unsigned>(value) >> 8) & 0xFF) +
+         (static_cast<unsigned>(value) & 0xFF)) %
+        256;
     out += ":020000";
     out += HexText(format, 2);
     out += HexText(value, 4);

@@ -4,12 +4,14 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "core/Helpers.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "image/Dump.h"
 #include "image/FileText.h"
 #include "image/Selections.h"
 
@@ -17,13 +19,13 @@ namespace vortelm {
 
 // The hourglass for the length of a command, also when it ends by an error.
 class BusyScope {
-public:
+  public:
     explicit BusyScope(ProgramState& st) : st_(st) { st_.host->setBusy(true); }
     ~BusyScope() { st_.host->setBusy(false); }
     BusyScope(const BusyScope&) = delete;
     BusyScope& operator=(const BusyScope&) = delete;
 
-private:
+  private:
     ProgramState& st_;
 };
 
@@ -46,6 +48,37 @@ inline void CheckRecordSize(int32_t recordSize) {
         throw RunTimeError("record size " + std::to_string(recordSize) + " below 1");
 }
 
+// The bytes a reader stores, gathered while they follow each other and
+// written to the image in one go; what a load writes is the same as record
+// by record, since a reader never looks at the image. Flush before any
+// error leaves the reader, so that the image holds what came before it.
+class StagedWrite {
+  public:
+    explicit StagedWrite(DumpMemory& dump) : dump_(dump) { bytes_.reserve(kLimit); }
+    void add(int32_t address, const uint8_t* p, size_t n) {
+        if (n == 0) return;
+        if (!bytes_.empty() &&
+            (int64_t(start_) + int64_t(bytes_.size()) != address || bytes_.size() + n > kLimit))
+            flush();
+        if (bytes_.empty()) start_ = address;
+        bytes_.insert(bytes_.end(), p, p + n);
+    }
+    void flush() {
+        if (bytes_.empty()) return;
+        const int32_t start = start_;
+        std::vector<uint8_t> bytes;
+        bytes.swap(bytes_);
+        bytes_.reserve(kLimit);
+        WriteDumpBlock(dump_, start, bytes, kMarksLoaded);
+    }
+
+  private:
+    static constexpr size_t kLimit = size_t(1) << 20;
+    DumpMemory& dump_;
+    int32_t start_ = 0;
+    std::vector<uint8_t> bytes_;
+};
+
 // The common frame of the load commands: hourglass, existence test, the
 // reader, the byte count, the hex page at the lowest selected address.
 template <class Read>
@@ -56,8 +89,8 @@ int32_t LoadCommand(ProgramState& st, std::string_view name, std::string_view pr
         return -1;
     }
     read();
-    Text2Buffer(st, "\r\n" + std::string(prefix) + std::to_string(SelectedByteCount(st.selections)) +
-                        " bytes loaded");
+    Text2Buffer(st, "\r\n" + std::string(prefix) +
+                        std::to_string(SelectedByteCount(st.selections)) + " bytes loaded");
     st.host->gotoPage(LowestSelectedAddress(st.selections) / 16);
     st.host->refreshMemory();
     return 0;

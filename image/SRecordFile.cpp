@@ -19,59 +19,67 @@ void ReadSRecordFile(ProgramState& st, std::string_view name) {
 
     int64_t lineNo = 0;
     std::array<uint8_t, 257> buf{};
-    while (!lines.atEnd()) {
-        std::string_view line = lines.next();
-        ++lineNo;
-        while ((line.empty() || line[0] != 'S') && !lines.atEnd()) {
-            Text2Buffer(st, "\r\n*WARNING: No 'S' at beginning of line - line ignored ");
-            line = lines.next();
+    StagedWrite staged(st.dump);
+    try {
+        while (!lines.atEnd()) {
+            std::string_view line = lines.next();
             ++lineNo;
-        }
-        // The type digit is converted without a check.
-        if (line.size() < 2 || line[1] < '0' || line[1] > '9')
-            throw RunTimeError("S-record type in line " + std::to_string(lineNo) +
-                               " is no decimal digit");
-        const int type = line[1] - '0';
-        const int32_t n = HexField(line, 3, 2);
-        // The count's own place is index n-1.
-        if (n < 1)
-            throw RunTimeError("S-record buffer index " + std::to_string(n - 1) +
-                               " out of range 0 to 256 in line " + std::to_string(lineNo));
-        const auto count = static_cast<size_t>(std::clamp(n, 1, 255));  // two digits: at most 255
-        if (line.size() >= 4 + 2 * count) {
-            const char* p = line.data() + 4;
-            for (size_t i = 0; i < count; ++i, p += 2) buf[i] = HexPair(p);
-        } else {
-            for (size_t i = 0; i < count; ++i)
-                buf[i] = static_cast<uint8_t>(HexField(line, 5 + 2 * i, 2) & 0xFF);
-        }
-        const uint8_t checksum = buf[count - 1];
-        buf[count - 1] = static_cast<uint8_t>(n);
-        unsigned sum = 0;
-        for (size_t i = 0; i < count; ++i) sum += buf[i];
-        const auto calculated = static_cast<uint8_t>(~sum & 0xFF);
-        if (calculated != checksum) {
-            Text2Buffer(st, "\r\n*WARNING: Checksum in line " + std::to_string(lineNo) +
-                                " wrong. Read: 0x" + HexText(checksum, 2) + ", calculated: 0x" +
-                                HexText(calculated, 2));
-        }
-        if (type < 1 || type > 3) continue;
+            while ((line.empty() || line[0] != 'S') && !lines.atEnd()) {
+                Text2Buffer(st, "\r\n*WARNING: No 'S' at beginning of line - line ignored ");
+                line = lines.next();
+                ++lineNo;
+            }
+            // The type digit is converted without a check.
+            if (line.size() < 2 || line[1] < '0' || line[1] > '9')
+                throw RunTimeError("S-record type in line " + std::to_string(lineNo) +
+                                   " is no decimal digit");
+            const int type = line[1] - '0';
+            const int32_t n = HexField(line, 3, 2);
+            // The count's own place is index n-1.
+            if (n < 1)
+                throw RunTimeError("S-record buffer index " + std::to_string(n - 1) +
+                                   " out of range 0 to 256 in line " + std::to_string(lineNo));
+            const auto count =
+                static_cast<size_t>(std::clamp(n, 1, 255));  // two digits: at most 255
+            if (line.size() >= 4 + 2 * count) {
+                const char* p = line.data() + 4;
+                HexBytes(p, buf.data(), count);
+            } else {
+                for (size_t i = 0; i < count; ++i)
+                    buf[i] = static_cast<uint8_t>(HexField(line, 5 + 2 * i, 2) & 0xFF);
+            }
+            const uint8_t checksum = buf[count - 1];
+            buf[count - 1] = static_cast<uint8_t>(n);
+            unsigned sum = 0;
+            for (size_t i = 0; i < count; ++i) sum += buf[i];
+            const auto calculated = static_cast<uint8_t>(~sum & 0xFF);
+            if (calculated != checksum) {
+                Text2Buffer(st, "\r\n*WARNING: Checksum in line " + std::to_string(lineNo) +
+                                    " wrong. Read: 0x" + HexText(checksum, 2) + ", calculated: 0x" +
+                                    HexText(calculated, 2));
+            }
+            if (type < 1 || type > 3) continue;
 
-        int64_t address = 0;
-        for (int i = 0; i <= type; ++i) address = address * 256 + buf[static_cast<size_t>(i)];
-        if (address > std::numeric_limits<int32_t>::max())
-            throw RunTimeError("S-record address " + std::to_string(address) + " overflow in line " +
-                               std::to_string(lineNo));
-        const int64_t dataCount = int64_t(n) - type - 2;
-        if (dataCount > 0)
-            WriteDumpBlock(st.dump, static_cast<int32_t>(address),
-                           std::span<const uint8_t>(buf.data() + type + 1, static_cast<size_t>(dataCount)),
-                           kMarksLoaded);
-        const int64_t last = address + dataCount - 1;
-        if (last > std::numeric_limits<int32_t>::max())
-            throw RunTimeError("S-record end address overflow in line " + std::to_string(lineNo));
-        AddSelection(sel, static_cast<int32_t>(address), static_cast<int32_t>(last));
+            int64_t address = 0;
+            for (int i = 0; i <= type; ++i) address = address * 256 + buf[static_cast<size_t>(i)];
+            if (address > std::numeric_limits<int32_t>::max())
+                throw RunTimeError("S-record address " + std::to_string(address) +
+                                   " overflow in line " + std::to_string(lineNo));
+            const int64_t dataCount = int64_t(n) - type - 2;
+            if (dataCount > 0)
+                staged.add(static_cast<int32_t>(address), buf.data() + type + 1,
+                           static_cast<size_t>(dataCount));
+            const int64_t last = address + dataCount - 1;
+            if (last > std::numeric_limits<int32_t>::max())
+                throw RunTimeError("S-record end address overflow in line " +
+                                   std::to_string(lineNo));
+            AddSelection(sel, static_cast<int32_t>(address), static_cast<int32_t>(last));
+        }
+    } catch (...) {
+        staged.flush();
+        throw;
     }
+    staged.flush();
     MergeSelections(sel);
 }
 
@@ -87,10 +95,14 @@ struct Dialect {
 // and no address.
 Dialect DialectOf(int16_t format) {
     switch (format) {
-        case 19: return {"S1", "S9", 2};
-        case 28: return {"S2", "S8", 3};
-        case 37: return {"S3", "S7", 4};
-        default: return {"", "", 0};
+        case 19:
+            return {"S1", "S9", 2};
+        case 28:
+            return {"S2", "S8", 3};
+        case 37:
+            return {"S3", "S7", 4};
+        default:
+            return {"", "", 0};
     }
 }
 

@@ -149,7 +149,9 @@ std::string SelectionsText(ProgramState& st) {
     return text;
 }
 
-void SelectionsToClipboard(ProgramState& st) { st.host->setClipboardText(SelectionsText(st)); }
+void SelectionsToClipboard(ProgramState& st) {
+    st.host->setClipboardText(SelectionsText(st));
+}
 
 void CopySelections(ProgramState& st) {
     MergeSelections(st.selections);

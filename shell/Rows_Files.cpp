@@ -16,7 +16,9 @@ using namespace rowargs;
 
 constexpr RowResult kIllegal{-2, false};
 
-RowResult Passed(int32_t result) { return {0, result != 0}; }
+RowResult Passed(int32_t result) {
+    return {0, result != 0};
+}
 
 // The name of a reading command under PATH_LOAD, if the file is there.
 std::optional<std::string> ExistingLoadName(Session& s) {
@@ -100,22 +102,29 @@ RowResult BinSave(Session& s) {
 RowResult SetPath(Session& s) {
     const std::string type = UpperCase(s.parsedParameters[0].text);
     const std::string& path = s.parsedParameters[1].text;
-    if (type == "LOAD") s.st.PATH_LOAD = path;
-    else if (type == "SAVE") s.st.PATH_SAVE = path;
-    else if (type == "SCRIPT") s.st.PATH_SCRIPT = path;
-    else if (type == "LOG") s.st.PATH_LOG = path;
-    else return kIllegal;
+    if (type == "LOAD")
+        s.st.PATH_LOAD = path;
+    else if (type == "SAVE")
+        s.st.PATH_SAVE = path;
+    else if (type == "SCRIPT")
+        s.st.PATH_SCRIPT = path;
+    else if (type == "LOG")
+        s.st.PATH_LOG = path;
+    else
+        return kIllegal;
     return {};
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x2001), &Load},   {RowId(0x2002), &Save},        {RowId(0x2003), &BinLoad},
+    {RowId(0x2001), &Load},    {RowId(0x2002), &Save},        {RowId(0x2003), &BinLoad},
     {RowId(0x2004), &BinSave}, {RowId(0x2005), &LoadSRecord}, {RowId(0x2006), &SaveSRecord},
     {RowId(0x2007), &SetPath}, {RowId(0x2008), &SaveIndexed},
 };
 
 }  // namespace
 
-std::span<const RowBinding> FileRows() { return kRows; }
+std::span<const RowBinding> FileRows() {
+    return kRows;
+}
 
 }  // namespace vortelm::shell

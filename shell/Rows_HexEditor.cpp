@@ -47,12 +47,14 @@ RowResult RandomFill(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x3001), &Copy},        {RowId(0x3002), &Cut},        {RowId(0x3003), &Paste},
-    {RowId(0x3004), &FillMemory},  {RowId(0x3005), &ClearMemory}, {RowId(0x3006), &RandomFill},
+    {RowId(0x3001), &Copy},       {RowId(0x3002), &Cut},         {RowId(0x3003), &Paste},
+    {RowId(0x3004), &FillMemory}, {RowId(0x3005), &ClearMemory}, {RowId(0x3006), &RandomFill},
 };
 
 }  // namespace
 
-std::span<const RowBinding> HexEditorRows() { return kRows; }
+std::span<const RowBinding> HexEditorRows() {
+    return kRows;
+}
 
 }  // namespace vortelm::shell

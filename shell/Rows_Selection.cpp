@@ -54,6 +54,8 @@ constexpr RowBinding kRows[] = {
 
 }  // namespace
 
-std::span<const RowBinding> SelectionRows() { return kRows; }
+std::span<const RowBinding> SelectionRows() {
+    return kRows;
+}
 
 }  // namespace vortelm::shell

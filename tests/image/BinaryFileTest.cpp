@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
+#include "ImageTestSupport.h"
 #include "core/RunTimeError.h"
 #include "image/BinaryFile.h"
 #include "image/Dump.h"
 #include "image/FileNames.h"
 #include "image/Selections.h"
-#include "ImageTestSupport.h"
 
 namespace vortelm {
 namespace {
@@ -54,7 +54,8 @@ TEST_F(BinaryFile, AnAbsoluteNameReadsItAllFromThatFile) {
     const std::string bytes = Pattern(1023);
     WriteFile(path("load/s.bin"), bytes);
     ReadBinaryFile(*st, path("load/s.bin"), 0x20);
-    for (int i = 0; i < 1023; ++i) ASSERT_EQ(ReadDumpByte(st->dump, 0x20 + i), static_cast<uint8_t>(bytes[i]));
+    for (int i = 0; i < 1023; ++i)
+        ASSERT_EQ(ReadDumpByte(st->dump, 0x20 + i), static_cast<uint8_t>(bytes[i]));
 }
 
 TEST_F(BinaryFile, MissingFileIsReported) {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "ImageTestSupport.h"
 #include "core/RunTimeError.h"
 #include "image/Dump.h"
 #include "image/HexFile.h"
 #include "image/Selections.h"
-#include "ImageTestSupport.h"
 
 namespace vortelm {
 namespace {
@@ -139,7 +139,7 @@ TEST_F(HexFile, BadCharactersGiveFF) {
 }
 
 TEST_F(HexFile, LinearValueOf8000IsAnOverflow) {
-    WriteFile(path("load/o.hex"), ":020000048000FA\r\n");
+    WriteFile(path("load/o.hex"), ":0200000480007A\r\n");
     EXPECT_THROW(ReadHexFile(*st, path("load/o.hex")), RunTimeError);
     WriteFile(path("load/p.hex"), ":020000040101F8\r\n:0100000011EE\r\n");
     EXPECT_THROW(ReadHexFile(*st, path("load/p.hex")), RunTimeError);  // past the image
@@ -206,9 +206,11 @@ TEST_F(HexFile, RecordSizeZeroIsAnError) {
 }
 
 TEST_F(HexFile, WrittenFileReadsBack) {
-    for (int a = 0; a < 1000; ++a) WriteDumpByte(st->dump, 0x2FF00 + a, static_cast<uint8_t>(a * 3));
+    for (int a = 0; a < 1000; ++a)
+        WriteDumpByte(st->dump, 0x2FF00 + a, static_cast<uint8_t>(a * 3));
     FillDumpBlock(st->dump, 0x2FF00, 1000, 0, MarkChange{kMarkDefined, 0});
-    for (int a = 0; a < 1000; ++a) WriteDumpByte(st->dump, 0x2FF00 + a, static_cast<uint8_t>(a * 3));
+    for (int a = 0; a < 1000; ++a)
+        WriteDumpByte(st->dump, 0x2FF00 + a, static_cast<uint8_t>(a * 3));
     AddSelection(st->selections, 0x2FF00, 0x2FF00 + 999);
     WriteHexSelections(*st, "rt.hex", 32, 2);
     ProgramState other(*host);

@@ -21,7 +21,7 @@
 namespace vortelm::test {
 
 class ScriptedHost : public Host {
-public:
+  public:
     std::deque<double> randoms;
     std::vector<int32_t> pages;
     int busyOn = 0;
@@ -37,7 +37,7 @@ public:
 };
 
 class ImageTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
         dir = std::filesystem::temp_directory_path() /

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <random>
 
+#include "ImageTestSupport.h"
 #include "image/BinaryFile.h"
 #include "image/Dump.h"
 #include "image/HexFile.h"
 #include "image/SRecordFile.h"
 #include "image/Selections.h"
-#include "ImageTestSupport.h"
 
 namespace vortelm {
 namespace {
@@ -22,10 +22,11 @@ bool HaveTool(const char* name) {
 }
 
 class Interop : public test::ImageTest {
-protected:
+  protected:
     void SetUp() override {
         test::ImageTest::SetUp();
-        if (!HaveTool("objcopy") || !HaveTool("srec_cat")) GTEST_SKIP() << "objcopy or srec_cat missing";
+        if (!HaveTool("objcopy") || !HaveTool("srec_cat"))
+            GTEST_SKIP() << "objcopy or srec_cat missing";
     }
     static std::string Random(size_t n, uint32_t seed) {
         std::mt19937 rng(seed);
@@ -47,15 +48,16 @@ protected:
         EXPECT_EQ(other.selections.end[0], base + static_cast<int32_t>(bytes.size()) - 1) << file;
         std::vector<uint8_t> got(bytes.size());
         ReadDumpBlock(other.dump, base, got);
-        EXPECT_TRUE(std::equal(got.begin(), got.end(), bytes.begin(),
-                               [](uint8_t a, char b) { return a == static_cast<uint8_t>(b); }))
-            << file;
+        EXPECT_TRUE(std::equal(got.begin(), got.end(), bytes.begin(), [](uint8_t a, char b) {
+            return a == static_cast<uint8_t>(b);
+        })) << file;
     }
     // Puts the bytes into the image as loaded, with one selection.
     void Place(int32_t base, const std::string& bytes) {
-        WriteDumpBlock(st->dump, base,
-                       std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()),
-                       kMarksLoaded);
+        WriteDumpBlock(
+            st->dump, base,
+            std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()),
+            kMarksLoaded);
         ClearSelections(st->selections);
         AddSelection(st->selections, base, base + static_cast<int32_t>(bytes.size()) - 1);
     }
@@ -67,10 +69,12 @@ auto SReader = [](ProgramState& s, const std::string& f) { ReadSRecordFile(s, f)
 TEST_F(Interop, IntelHexOfObjcopyType2AndType4) {
     const std::string bytes = Random(70000, 1);
     WriteFile(path("src.bin"), bytes);
-    Sh("objcopy -I binary -O ihex --change-addresses 0x12340 " + path("src.bin") + " " + path("o2.hex"));
+    Sh("objcopy -I binary -O ihex --change-addresses 0x12340 " + path("src.bin") + " " +
+       path("o2.hex"));
     ASSERT_NE(ReadFile(path("o2.hex")).find(":02000002"), std::string::npos);
     ExpectLoads(HexReader, path("o2.hex"), 0x12340, bytes);
-    Sh("objcopy -I binary -O ihex --change-addresses 0x123400 " + path("src.bin") + " " + path("o4.hex"));
+    Sh("objcopy -I binary -O ihex --change-addresses 0x123400 " + path("src.bin") + " " +
+       path("o4.hex"));
     ASSERT_NE(ReadFile(path("o4.hex")).find(":02000004"), std::string::npos);
     ExpectLoads(HexReader, path("o4.hex"), 0x123400, bytes);
 }
@@ -116,7 +120,8 @@ TEST_F(Interop, IntelHexWrittenByVortelmReadsBackThroughBothTools) {
     for (int16_t format : {kHexFormatSegment, kHexFormatLinear}) {
         SCOPED_TRACE(format);
         WriteHexSelections(*st, path("v.hex"), 32, format);
-        Sh("srec_cat " + path("v.hex") + " -intel -offset -0x12340 -o " + path("sc.bin") + " -binary");
+        Sh("srec_cat " + path("v.hex") + " -intel -offset -0x12340 -o " + path("sc.bin") +
+           " -binary");
         EXPECT_TRUE(ReadFile(path("sc.bin")) == bytes);
         Sh("objcopy -I ihex -O binary " + path("v.hex") + " " + path("oc.bin"));
         EXPECT_TRUE(ReadFile(path("oc.bin")) == bytes);
@@ -132,7 +137,8 @@ TEST_F(Interop, SRecordsWrittenByVortelmReadBackThroughBothTools) {
     const std::string small = Random(40000, 6);
     Place(0x1000, small);
     WriteSRecordSelections(*st, path("v.s19"), 32, 19);
-    Sh("srec_cat " + path("v.s19") + " -motorola -offset -0x1000 -o " + path("sc.bin") + " -binary");
+    Sh("srec_cat " + path("v.s19") + " -motorola -offset -0x1000 -o " + path("sc.bin") +
+       " -binary");
     EXPECT_TRUE(ReadFile(path("sc.bin")) == small);
     Sh("objcopy -I srec -O binary " + path("v.s19") + " " + path("oc.bin"));
     EXPECT_TRUE(ReadFile(path("oc.bin")) == small);

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "ImageTestSupport.h"
 #include "core/RunTimeError.h"
 #include "image/Dump.h"
 #include "image/SRecordFile.h"
 #include "image/Selections.h"
-#include "ImageTestSupport.h"
 
 namespace vortelm {
 namespace {
@@ -116,7 +116,8 @@ TEST_F(SRecordFile, RangeWriterWithAnotherFirstSelectionRunsIntoANegativeLength)
 }
 
 TEST_F(SRecordFile, WrittenFilesReadBack) {
-    for (int a = 0; a < 600; ++a) WriteDumpByte(st->dump, 0x12340 + a, static_cast<uint8_t>(a ^ 0x5A));
+    for (int a = 0; a < 600; ++a)
+        WriteDumpByte(st->dump, 0x12340 + a, static_cast<uint8_t>(a ^ 0x5A));
     AddSelection(st->selections, 0x12340, 0x12340 + 599);
     for (int16_t format : {int16_t(19), int16_t(28), int16_t(37)}) {
         WriteSRecordSelections(*st, "rt.sre", 32, format);

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
+#include "ImageTestSupport.h"
 #include "core/RunTimeError.h"
 #include "image/Dump.h"
 #include "image/Selections.h"
-#include "ImageTestSupport.h"
 
 namespace vortelm {
 namespace {
@@ -122,8 +122,7 @@ TEST_F(Selections, ClipboardTextMarksUndefinedAndPastEndBytes) {
     line += " AB 00";
     line += " . ";
     for (int i = 5; i < 16; ++i) line += " . ";
-    EXPECT_EQ(host->clipboardText(),
-              line + "\r\n" + std::string(55, '*') + "\r\n");
+    EXPECT_EQ(host->clipboardText(), line + "\r\n" + std::string(55, '*') + "\r\n");
     EXPECT_EQ(st->selections.savedCount, 1);
 }
 

@@ -79,7 +79,8 @@ TEST_F(ImageRows, LoadSRecordAndBinaryWithOffset) {
     Write("load/a.sre", "S104000011EA\r\nS9030000FC\r\n");
     EXPECT_EQ(Run("_loadsre a.sre"), ">_loadsre a.sre\r\n\r\n*Load: 1 bytes loaded");
     Write("load/b.bin", "\x01\x02\x03");
-    EXPECT_EQ(Run("_binload b.bin,1000"), ">_binload b.bin,1000\r\n\r\n*Load Binary: 3 bytes loaded");
+    EXPECT_EQ(Run("_binload b.bin,1000"),
+              ">_binload b.bin,1000\r\n\r\n*Load Binary: 3 bytes loaded");
     EXPECT_EQ(ReadDumpByte(st->dump, 0x1002), 3);
     EXPECT_EQ(Run("_binload " + (dir / "load/b.bin").string()).substr(0, 9), ">_binload");
     EXPECT_EQ(ReadDumpByte(st->dump, 0x0002), 3);
@@ -88,7 +89,8 @@ TEST_F(ImageRows, LoadSRecordAndBinaryWithOffset) {
 TEST_F(ImageRows, SaveHandsAnUnknownFormatThrough) {
     FillDumpBlock(st->dump, 0x10000, 2, 0xAA, kMarksLoaded);
     AddSelection(st->selections, 0x10000, 0x10001);
-    EXPECT_EQ(Run("_save a.hex,32,21"), ">_save a.hex,32,21\r\n\r\n*SaveAs: selection written to file");
+    EXPECT_EQ(Run("_save a.hex,32,21"),
+              ">_save a.hex,32,21\r\n\r\n*SaveAs: selection written to file");
     EXPECT_EQ(result, 0);
     // Format 21 is written as the extension record's type, 0x15.
     EXPECT_EQ(Read("save/a.hex").substr(0, 17), ":020000150001E8\r\n");
@@ -102,9 +104,11 @@ TEST_F(ImageRows, SaveWithOneArgumentUsesTheSettings) {
     Run("_save a.hex");
     EXPECT_EQ(Read("save/a.hex"),
               ":020000040001F9\r\n"
-              ":10000000" + std::string(32, '0') + "F0\r\n"
-              ":020010000000EE\r\n"
-              ":00000001FF\r\n");
+              ":10000000" +
+                  std::string(32, '0') +
+                  "F0\r\n"
+                  ":020010000000EE\r\n"
+                  ":00000001FF\r\n");
     st->SAVEFORMAT = 20;
     Run("_save b.hex");
     EXPECT_EQ(Read("save/b.hex").substr(0, 17), ":020000021000EC\r\n");
@@ -160,8 +164,9 @@ TEST_F(ImageRows, ShowSelectionsOnAnEmptyListPrintsNothing) {
     EXPECT_EQ(Run("_showselections"), ">_showselections\r\n");
     Run("_addselection 10,1F");
     Run("_addselection 100,%3");
-    EXPECT_EQ(Run("_showselections"),
-              ">_showselections\r\nSelection 0: 000010 to 00001F\r\nSelection 1: 000100 to 000000\r\n");
+    EXPECT_EQ(
+        Run("_showselections"),
+        ">_showselections\r\nSelection 0: 000010 to 00001F\r\nSelection 1: 000100 to 000000\r\n");
     Run("_clearselections");
     EXPECT_EQ(st->selections.count, 0);
 }
@@ -181,7 +186,8 @@ TEST_F(ImageRows, AddSelectionTakesVariablesAndRejectsNegativeValues) {
 TEST_F(ImageRows, TheThousandAndSecondSelectionEndsTheCommandWithTheBound) {
     for (int i = 0; i < 1001; ++i) AddSelection(st->selections, i * 4, i * 4 + 1);
     EXPECT_EQ(Run("_addselection 100000,100001"),
-              ">_addselection 100000,100001\r\n*ERROR: SelectionList index 1001 out of range 0 to 1000\r\n");
+              ">_addselection 100000,100001\r\n*ERROR: SelectionList index 1001 out of range 0 to "
+              "1000\r\n");
     EXPECT_EQ(result, 0x4001);
     EXPECT_EQ(st->selections.count, 1001);
 }
