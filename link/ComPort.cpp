@@ -46,6 +46,7 @@ struct ComPort::Impl {
     bool rtsLevel = false;
     bool dtrLevel = false;
     bool warnedUnsupported = false;
+    std::string lastDiagnosis;  // the last failure explained
 
     int64_t now() const { return st.host->nowUs(); }
 
@@ -107,8 +108,15 @@ std::string ComPort::portText() const { return PortTextOf(impl_->st); }
 
 namespace {
 
-void ReportFailure(ProgramState& st, std::string_view path, int err, std::string_view reason) {
+// The box comes with every failure; the diagnosis once for the same port and
+// reason in a row, so that a line of text to a closed port does not repeat it
+// for every character.
+void ReportFailure(ProgramState& st, std::string& lastDiagnosis, std::string_view path, int err,
+                   std::string_view reason) {
     st.host->messageBox(kCaution, MsgButtons::Ok, MsgIcon::Exclamation);
+    std::string key = std::string(path) + "\n" + std::to_string(err) + "\n" + std::string(reason);
+    if (key == lastDiagnosis) return;
+    lastDiagnosis = std::move(key);
     std::vector<PortInfo> ports;
     if (err == ENOENT || err == ENODEV || err == ENXIO) ports = ListPorts();
     Text2Buffer(st, DiagnosePortFailure(path, err, reason, ports) + "\r\n");
@@ -122,12 +130,13 @@ bool ComPort::open() {
     const std::string text = portText();
     channel::LineSettings ls;
     if (!ParseSettingsText(m.settings, ls)) {
-        ReportFailure(m.st, text, EINVAL, "bad settings text \"" + m.settings + "\"");
+        ReportFailure(m.st, m.lastDiagnosis, text, EINVAL, "bad settings text \"" + m.settings + "\"");
         return false;
     }
     OpenResult r = opener(text, ls);
     if (!r.channel) {
-        ReportFailure(m.st, r.path.empty() ? text : r.path, r.err, r.error);
+        m.lastDiagnosis.clear();  // every failed open is explained
+        ReportFailure(m.st, m.lastDiagnosis, r.path.empty() ? text : r.path, r.err, r.error);
         return false;
     }
     attach(std::move(r.channel));
@@ -142,6 +151,7 @@ void ComPort::attach(std::unique_ptr<channel::ByteChannel> ch) {
     m.in.clear();
     m.lineGone = false;
     m.warnedUnsupported = false;
+    m.lastDiagnosis.clear();
     m.openedText.clear();
     if (!m.ch) return;
     channel::LineSettings ls;
@@ -218,7 +228,7 @@ void ComPort::setSettingsText(std::string_view text) {
     if (m.usable() && ParseSettingsText(m.settings, ls)) {
         const auto c = m.ch->configure(ls);
         if (c == channel::Control::Failed)
-            ReportFailure(m.st, m.ch->describe(), m.ch->lastErrno(), m.ch->lastError());
+            ReportFailure(m.st, m.lastDiagnosis, m.ch->describe(), m.ch->lastErrno(), m.ch->lastError());
         else if (c == channel::Control::Unsupported)
             m.warnUnsupported(m.st, "settings " + m.settings);
     }
@@ -241,10 +251,11 @@ namespace {
 
 // One write of the whole array: the channel takes what it can, the rest
 // follows at once without yielding. False when the port object failed.
-bool WriteAll(ProgramState& st, channel::ByteChannel* ch, std::span<const uint8_t> bytes,
-              int32_t timeoutMs) {
+bool WriteAll(ProgramState& st, std::string& lastDiagnosis, channel::ByteChannel* ch,
+              std::span<const uint8_t> bytes, int32_t timeoutMs) {
     if (!ch || !ch->isOpen()) {
-        ReportFailure(st, ch ? ch->describe() : PortTextOf(st), EBADF, "the port is not open");
+        ReportFailure(st, lastDiagnosis, ch ? ch->describe() : PortTextOf(st), EBADF,
+                      "the port is not open");
         return false;
     }
     const int64_t giveUp = st.host->nowUs() + int64_t(std::max(timeoutMs, 1)) * 1000;
@@ -252,12 +263,13 @@ bool WriteAll(ProgramState& st, channel::ByteChannel* ch, std::span<const uint8_
     while (done < bytes.size()) {
         auto n = ch->write(bytes.subspan(done));
         if (n < 0) {
-            ReportFailure(st, ch->describe(), ch->lastErrno(), ch->lastError());
+            ReportFailure(st, lastDiagnosis, ch->describe(), ch->lastErrno(), ch->lastError());
             return false;
         }
         done += std::size_t(n);
         if (n == 0 && st.host->nowUs() > giveUp) {
-            ReportFailure(st, ch->describe(), EAGAIN, "the line takes no more bytes");
+            ReportFailure(st, lastDiagnosis, ch->describe(), EAGAIN,
+                          "the line takes no more bytes");
             return false;
         }
     }
@@ -277,7 +289,7 @@ void SpinUntilSent(ProgramState& st, channel::ByteChannel* ch, int32_t timeoutMs
 void ComPort::SSSend(uint8_t b) {
     auto& m = *impl_;
     const uint8_t one[1] = {b};
-    if (!WriteAll(m.st, m.ch.get(), one, m.st.TIMEOUT)) return;
+    if (!WriteAll(m.st, m.lastDiagnosis, m.ch.get(), one, m.st.TIMEOUT)) return;
     SpinUntilSent(m.st, m.ch.get(), m.st.TIMEOUT);
     if (m.st.KLINE != 1) return;
     // The echo of the byte: waited for with the time-out setting, then
@@ -296,7 +308,7 @@ void ComPort::SSSend(uint8_t b) {
 void ComPort::SSSendN(std::span<uint8_t> buffer) {
     auto& m = *impl_;
     if (m.st.KLINE != 1) {
-        if (!WriteAll(m.st, m.ch.get(), buffer, m.st.TIMEOUT)) return;
+        if (!WriteAll(m.st, m.lastDiagnosis, m.ch.get(), buffer, m.st.TIMEOUT)) return;
         SpinUntilSent(m.st, m.ch.get(), m.st.TIMEOUT);
         return;
     }
@@ -304,7 +316,7 @@ void ComPort::SSSendN(std::span<uint8_t> buffer) {
     m.inputLength = length;
     TimerElapsed = 0;
     m.program(m.timer1, m.st.TIMEOUT);
-    if (!WriteAll(m.st, m.ch.get(), buffer, m.st.TIMEOUT)) return;
+    if (!WriteAll(m.st, m.lastDiagnosis, m.ch.get(), buffer, m.st.TIMEOUT)) return;
     // The time-out runs from the last echoed byte, not from the start.
     while (inCount() < length && TimerElapsed == 0) {
         int before = inCount();
