@@ -11,8 +11,11 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 2> kLists{
+constexpr std::array<ListFn, 5> kLists{
     &FrameRows,
+    &FileRows,
+    &HexEditorRows,
+    &SelectionRows,
     &TerminalRows,
 };
 
