@@ -27,6 +27,20 @@ struct FormTimer {
     int64_t dueUs = 0;
 };
 
+// The box comes with every failure; the diagnosis once for the same port and
+// reason in a row, so that a line of text to a closed port does not repeat it
+// for every character.
+void ReportFailure(ProgramState& st, std::string& lastDiagnosis, std::string_view path, int err,
+                   std::string_view reason) {
+    st.host->messageBox(kCaution, MsgButtons::Ok, MsgIcon::Exclamation);
+    std::string key = std::string(path) + "\n" + std::to_string(err) + "\n" + std::string(reason);
+    if (key == lastDiagnosis) return;
+    lastDiagnosis = std::move(key);
+    std::vector<PortInfo> ports;
+    if (err == ENOENT || err == ENODEV || err == ENXIO) ports = ListPorts();
+    Text2Buffer(st, DiagnosePortFailure(path, err, reason, ports) + "\r\n");
+}
+
 }  // namespace
 
 struct ComPort::Impl {
@@ -46,6 +60,7 @@ struct ComPort::Impl {
     bool rtsLevel = false;
     bool dtrLevel = false;
     bool warnedUnsupported = false;
+    std::string lastDiagnosis;  // the last failure explained
 
     int64_t now() const { return st.host->nowUs(); }
 
@@ -72,6 +87,37 @@ struct ComPort::Impl {
         t.intervalMs = intervalMs;
         t.enabled = true;
         t.dueUs = now() + int64_t(std::max(intervalMs, 0)) * 1000;
+    }
+
+    // One write of the whole array: the channel takes what it can, the rest
+    // follows at once without yielding. False when the port object failed,
+    // after the "Caution !" box; a line that is gone stays gone.
+    bool writeAll(std::span<const uint8_t> bytes) {
+        if (!usable() || lineGone) {
+            const int err = usable() ? EIO : EBADF;
+            ReportFailure(st, lastDiagnosis, ch ? ch->describe() : PortTextOf(st), err,
+                          usable() ? "the line is gone" : "the port is not open");
+            return false;
+        }
+        const int64_t giveUp = now() + int64_t(std::max(st.TIMEOUT, 1)) * 1000;
+        std::size_t done = 0;
+        while (done < bytes.size()) {
+            auto n = ch->write(bytes.subspan(done));
+            if (n < 0) {
+                const int e = ch->lastErrno();
+                if (e == EIO || e == ENXIO || e == ENODEV || e == EPIPE || e == ECONNRESET)
+                    lineGone = true;
+                ReportFailure(st, lastDiagnosis, ch->describe(), e, ch->lastError());
+                return false;
+            }
+            done += std::size_t(n);
+            if (n == 0 && now() > giveUp) {
+                ReportFailure(st, lastDiagnosis, ch->describe(), EAGAIN,
+                              "the line takes no more bytes");
+                return false;
+            }
+        }
+        return true;
     }
 
     // A control the channel cannot do is told once per opened channel.
@@ -105,29 +151,20 @@ ComPort::~ComPort() { impl_->st.host->removeSource(*this); }
 
 std::string ComPort::portText() const { return PortTextOf(impl_->st); }
 
-namespace {
-
-void ReportFailure(ProgramState& st, std::string_view path, int err, std::string_view reason) {
-    st.host->messageBox(kCaution, MsgButtons::Ok, MsgIcon::Exclamation);
-    std::vector<PortInfo> ports;
-    if (err == ENOENT || err == ENODEV || err == ENXIO) ports = ListPorts();
-    Text2Buffer(st, DiagnosePortFailure(path, err, reason, ports) + "\r\n");
-}
-
-}  // namespace
-
 bool ComPort::open() {
     auto& m = *impl_;
-    if (m.usable()) return true;
+    if (isOpen()) return true;
+    if (m.ch) close();
     const std::string text = portText();
     channel::LineSettings ls;
     if (!ParseSettingsText(m.settings, ls)) {
-        ReportFailure(m.st, text, EINVAL, "bad settings text \"" + m.settings + "\"");
+        ReportFailure(m.st, m.lastDiagnosis, text, EINVAL, "bad settings text \"" + m.settings + "\"");
         return false;
     }
     OpenResult r = opener(text, ls);
     if (!r.channel) {
-        ReportFailure(m.st, r.path.empty() ? text : r.path, r.err, r.error);
+        m.lastDiagnosis.clear();  // every failed open is explained
+        ReportFailure(m.st, m.lastDiagnosis, r.path.empty() ? text : r.path, r.err, r.error);
         return false;
     }
     attach(std::move(r.channel));
@@ -142,6 +179,7 @@ void ComPort::attach(std::unique_ptr<channel::ByteChannel> ch) {
     m.in.clear();
     m.lineGone = false;
     m.warnedUnsupported = false;
+    m.lastDiagnosis.clear();
     m.openedText.clear();
     if (!m.ch) return;
     channel::LineSettings ls;
@@ -161,7 +199,9 @@ void ComPort::close() {
     m.lineGone = false;
 }
 
-bool ComPort::isOpen() const { return impl_->usable(); }
+// A line that hung up counts as closed, so that the next open finds the
+// device anew (an adapter plugged in again).
+bool ComPort::isOpen() const { return impl_->usable() && !impl_->lineGone; }
 
 ProgramState& ComPort::state() const { return impl_->st; }
 
@@ -218,7 +258,7 @@ void ComPort::setSettingsText(std::string_view text) {
     if (m.usable() && ParseSettingsText(m.settings, ls)) {
         const auto c = m.ch->configure(ls);
         if (c == channel::Control::Failed)
-            ReportFailure(m.st, m.ch->describe(), m.ch->lastErrno(), m.ch->lastError());
+            ReportFailure(m.st, m.lastDiagnosis, m.ch->describe(), m.ch->lastErrno(), m.ch->lastError());
         else if (c == channel::Control::Unsupported)
             m.warnUnsupported(m.st, "settings " + m.settings);
     }
@@ -239,31 +279,6 @@ void ComPort::get_preferences() {
 
 namespace {
 
-// One write of the whole array: the channel takes what it can, the rest
-// follows at once without yielding. False when the port object failed.
-bool WriteAll(ProgramState& st, channel::ByteChannel* ch, std::span<const uint8_t> bytes,
-              int32_t timeoutMs) {
-    if (!ch || !ch->isOpen()) {
-        ReportFailure(st, ch ? ch->describe() : PortTextOf(st), EBADF, "the port is not open");
-        return false;
-    }
-    const int64_t giveUp = st.host->nowUs() + int64_t(std::max(timeoutMs, 1)) * 1000;
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        auto n = ch->write(bytes.subspan(done));
-        if (n < 0) {
-            ReportFailure(st, ch->describe(), ch->lastErrno(), ch->lastError());
-            return false;
-        }
-        done += std::size_t(n);
-        if (n == 0 && st.host->nowUs() > giveUp) {
-            ReportFailure(st, ch->describe(), EAGAIN, "the line takes no more bytes");
-            return false;
-        }
-    }
-    return true;
-}
-
 // The transmit spin: no yield by design, bounded so that a line that never
 // drains cannot hold the program.
 void SpinUntilSent(ProgramState& st, channel::ByteChannel* ch, int32_t timeoutMs) {
@@ -277,7 +292,7 @@ void SpinUntilSent(ProgramState& st, channel::ByteChannel* ch, int32_t timeoutMs
 void ComPort::SSSend(uint8_t b) {
     auto& m = *impl_;
     const uint8_t one[1] = {b};
-    if (!WriteAll(m.st, m.ch.get(), one, m.st.TIMEOUT)) return;
+    if (!m.writeAll(one)) return;
     SpinUntilSent(m.st, m.ch.get(), m.st.TIMEOUT);
     if (m.st.KLINE != 1) return;
     // The echo of the byte: waited for with the time-out setting, then
@@ -296,7 +311,7 @@ void ComPort::SSSend(uint8_t b) {
 void ComPort::SSSendN(std::span<uint8_t> buffer) {
     auto& m = *impl_;
     if (m.st.KLINE != 1) {
-        if (!WriteAll(m.st, m.ch.get(), buffer, m.st.TIMEOUT)) return;
+        if (!m.writeAll(buffer)) return;
         SpinUntilSent(m.st, m.ch.get(), m.st.TIMEOUT);
         return;
     }
@@ -304,7 +319,7 @@ void ComPort::SSSendN(std::span<uint8_t> buffer) {
     m.inputLength = length;
     TimerElapsed = 0;
     m.program(m.timer1, m.st.TIMEOUT);
-    if (!WriteAll(m.st, m.ch.get(), buffer, m.st.TIMEOUT)) return;
+    if (!m.writeAll(buffer)) return;
     // The time-out runs from the last echoed byte, not from the start.
     while (inCount() < length && TimerElapsed == 0) {
         int before = inCount();

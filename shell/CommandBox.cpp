@@ -12,8 +12,9 @@ namespace {
 // Sends one byte; without a channel says so once per line and gives false.
 bool Send(Session& s, uint8_t b, bool& reported) {
     if (s.port) {
+        // A closed port shows its "Caution !" box; the line then stops.
         s.port->SSSend(b);
-        return true;
+        return s.port->isOpen();
     }
     if (s.sendByte) {
         s.sendByte(b);

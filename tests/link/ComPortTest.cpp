@@ -329,6 +329,25 @@ TEST_F(ComPortTest, HungUpLineFailsTheWriteAndTheWaitTimesOut) {
     EXPECT_EQ(port.SSReceive(50), -1);
 }
 
+// An adapter pulled out: the port counts as closed, and the next open looks
+// for the device anew.
+TEST_F(ComPortTest, HungUpLineCountsAsClosedAndReopens) {
+    ch->hangUp();
+    EXPECT_EQ(port.SSReceive(50), -1);
+    EXPECT_FALSE(port.isOpen());
+    int opens = 0;
+    port.opener = [&](std::string_view, const channel::LineSettings&) {
+        ++opens;
+        OpenResult r;
+        r.channel = std::make_unique<ScriptedChannel>([this] { return host.clockUs; });
+        return r;
+    };
+    EXPECT_TRUE(port.open());
+    EXPECT_EQ(opens, 1);
+    EXPECT_TRUE(port.isOpen());
+    EXPECT_TRUE(host.boxes.empty());
+}
+
 TEST_F(ComPortTest, CSettingsAlwaysOneStopBit) {
     st.BAUDRATE = 19200;
     st.PARITY = 2;
