@@ -257,6 +257,17 @@ std::string SfrCachePath(std::string_view path) {
     return std::string(path.substr(0, dot + 1)) + "sb";
 }
 
+std::string SfrCachePath(std::string_view path, std::string_view programFolder) {
+    if (!programFolder.empty() && path.size() > programFolder.size() &&
+        path.substr(0, programFolder.size()) == programFolder &&
+        (path[programFolder.size()] == '\\' || path[programFolder.size()] == '/')) {
+        const std::string_view rest = path.substr(programFolder.size());
+        if (rest.find('.') == std::string_view::npos) return "sb";  // the bare name, in the program folder
+        return std::string(programFolder) + SfrCachePath(rest);
+    }
+    return SfrCachePath(path);
+}
+
 void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
     const size_t n = std::min(count, records.size());
     if (n < 2) return;
@@ -349,7 +360,7 @@ void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
 }
 
 int ReadSfrFile(ProgramState& st, std::string_view path) {
-    const std::string cache = SfrCachePath(path);
+    const std::string cache = SfrCachePath(path, st.programFolder);
     st.sfrCount = 0;
     auto text = ReadWholeFile(st, path);
     if (!text) {

@@ -28,6 +28,11 @@ int ReadSfrFile(ProgramState& st, std::string_view path);
 
 // The cache name: the path up to and including its first point, then "sb".
 [[nodiscard]] std::string SfrCachePath(std::string_view path);
+// The same for a path that may begin with the program folder: the rule is
+// applied to the part behind it, so that a point in the folder where the
+// program's data lives (a data home such as ~/.local/share/vortelm) does not
+// give every register file one cache outside it.
+[[nodiscard]] std::string SfrCachePath(std::string_view path, std::string_view programFolder);
 
 // The cache file itself. WriteSfrCache gives false if it could not write.
 bool WriteSfrCache(const ProgramState& st, std::string_view cachePath);

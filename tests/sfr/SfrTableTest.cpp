@@ -48,6 +48,28 @@ TEST(SfrTable, CachePathCutsAtTheFirstPoint) {
     EXPECT_EQ(SfrCachePath("NODOT"), "sb");
 }
 
+TEST(SfrTable, CachePathRuleStartsBehindTheProgramFolder) {
+    const std::string home = "/home/u/.local/share/vortelm";
+    EXPECT_EQ(SfrCachePath(home + "\\SFRDEF\\LD7RK.SFR", home), home + "\\SFRDEF\\LD7RK.sb");
+    EXPECT_EQ(SfrCachePath(home + "/OLD.V1/LD7RK.SFR", home), home + "/OLD.sb");
+    EXPECT_EQ(SfrCachePath(home + "/SFRDEF/NODOT", home), "sb");
+    EXPECT_EQ(SfrCachePath("/elsewhere/a.b/X.SFR", home), "/elsewhere/a.sb");
+}
+
+TEST(SfrTable, DataHomeWithAPointKeepsTheCacheBesideTheFile) {
+    DataHome h;
+    const std::string dotted = h.path(".local");
+    fs::create_directories(dotted + "/SFRDEF");
+    h.st->programFolder = dotted;
+    h.write(".local/SFRDEF/A.SFR", "SFR 0xFF12 AREG\n");
+    h.write(".local/SFRDEF/B.SFR", "SFR 0xFF12 BREG\n");
+    ASSERT_EQ(ReadSfrFile(*h.st, dotted + "\\SFRDEF\\A.SFR"), 0);
+    ASSERT_EQ(ReadSfrFile(*h.st, dotted + "\\SFRDEF\\B.SFR"), 0);
+    EXPECT_TRUE(fs::exists(dotted + "/SFRDEF/A.sb"));
+    EXPECT_TRUE(fs::exists(dotted + "/SFRDEF/B.sb"));
+    EXPECT_GE(SfrIndexByName(*h.st, "BREG"), 0);
+}
+
 TEST(SfrTable, OnlyCommentsGiveOnesAndZerosInThatOrder) {
     DataHome h;
     ASSERT_EQ(Load(h, "; nothing here\n\n   ; still nothing\n"), 0);
