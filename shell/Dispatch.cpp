@@ -11,11 +11,13 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 4> kLists{
+constexpr std::array<ListFn, 6> kLists{
     &FrameRows,
     &FileRows,
     &HexEditorRows,
     &SelectionRows,
+    &TerminalRows,
+    &TargetRows,
 };
 
 }  // namespace

@@ -10,6 +10,9 @@
 #include "core/RunTimeError.h"
 #include "core/Text.h"
 #include "image/Dump.h"
+#include "image/HexFile.h"
+#include "link/ComPort.h"
+#include "target/Target.h"
 #include "sfr/SfrSets.h"
 #include "shell/CommandBox.h"
 #include "shell/Shell.h"
@@ -73,10 +76,15 @@ Program::Program(Host& host, ProgramOptions options)
       st_(std::make_unique<ProgramState>(host)),
       session_(std::make_unique<Session>(*st_)) {
     st_->portOverride = options_.portOverride;
+    port_ = std::make_unique<link::ComPort>(*st_);
+    session_->port = port_.get();
+    target_ = std::make_unique<target::Target>(
+        *st_, *port_, [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
+    session_->target = target_.get();
     session_->shutDown = [this] { ShutDownProgram(); };
 }
 
-Program::~Program() = default;
+Program::~Program() { target::DisableConnectionCheck(*target_); }
 
 std::string Program::VersionText() { return VORTELM_VERSION; }
 
@@ -173,7 +181,14 @@ void Program::StepInitialiseMemoryAndShell() {
 }
 
 // 8. The forms of the selection range and the memory units are the GUI's.
-void Program::StepInitialiseForms() { st_->host->progress(80, 100); }
+void Program::StepInitialiseForms() {
+    // The serial settings are taken and the port opened here, so that the
+    // status of step 9 shows them and start-up scripts find the port open.
+    port_->get_preferences();
+    // The connection check ticks from here on; it tests only a connected target.
+    target::EnableConnectionCheck(*target_);
+    st_->host->progress(80, 100);
+}
 
 // 9. The instruction table hooks in here once the decoder is in the build.
 void Program::StepReadInstructionTable() {

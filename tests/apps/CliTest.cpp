@@ -133,8 +133,16 @@ TEST_F(Cli, EmptyInputEndsAtOnce) {
 }
 
 TEST_F(Cli, TextWithoutAPort) {
-    Run("hello\n");
-    EXPECT_EQ(out, "\n-> SENDING: hello\n*ERROR: No communication port open");
+    Run("hello\n", "--port /dev/vortelm-no-such-port");
+    const std::string caution =
+        "Caution ! Communication port used by other application ! Please select a different port \n";
+    // Start-up fails to open the port, the line fails at its first byte.
+    EXPECT_EQ(err, caution + caution);
+    EXPECT_EQ(out.rfind("\n*Port /dev/vortelm-no-such-port: No such file or directory\n", 0), 0u)
+        << out;
+    EXPECT_NE(out.find("\n-> SENDING: hello\n*Port /dev/vortelm-no-such-port: the port is not open\n"),
+              std::string::npos)
+        << out;
     EXPECT_EQ(status, 1);
 }
 
