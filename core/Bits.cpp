@@ -5,7 +5,9 @@
 namespace vortelm {
 
 namespace {
-int32_t ClampWidth(int32_t width) { return std::clamp(width, 0, 31); }
+int32_t ClampWidth(int32_t width) {
+    return std::clamp(width, 0, 31);
+}
 }  // namespace
 
 int32_t RotateRight(int32_t value, int32_t count, bool rotate, int32_t width) {
@@ -37,7 +39,8 @@ int32_t RotateLeft(int32_t value, int32_t count, bool rotate, int32_t width) {
     if (count < 1) return static_cast<int32_t>(v & mask);
     if (!rotate) {
         if (count >= 32) return 0;
-        return static_cast<int32_t>((static_cast<uint64_t>(v) << count) & static_cast<uint64_t>(mask));
+        return static_cast<int32_t>((static_cast<uint64_t>(v) << count) &
+                                    static_cast<uint64_t>(mask));
     }
     // Only the low bits and the bit at the width decide the result, so the
     // value is kept to width + 1 bits between the steps.

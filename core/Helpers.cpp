@@ -8,8 +8,8 @@
 
 #include <cctype>
 #include <cmath>
-#include <cstdlib>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <vector>
 
@@ -32,10 +32,14 @@ int32_t HexValue(std::string_view text) {
     bool bad = false;
     for (char c : text) {
         v *= 16;
-        if (c >= '0' && c <= '9') v += c - '0';
-        else if (c >= 'A' && c <= 'F') v += c - 'A' + 10;
-        else if (c >= 'a' && c <= 'f') v += c - 'a' + 10;
-        else bad = true;
+        if (c >= '0' && c <= '9')
+            v += c - '0';
+        else if (c >= 'A' && c <= 'F')
+            v += c - 'A' + 10;
+        else if (c >= 'a' && c <= 'f')
+            v += c - 'a' + 10;
+        else
+            bad = true;
     }
     return bad ? -1 : v;
 }
@@ -46,10 +50,14 @@ int32_t BinaryTextValue(std::string_view text) {
     return static_cast<int32_t>(v);
 }
 
-std::string CrLf() { return "\r\n"; }
+std::string CrLf() {
+    return "\r\n";
+}
 
 namespace {
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // Reads a number from position i on: sign, digits, fraction, exponent. Gives
 // the number of characters taken (0 if no digit stood there).
@@ -160,8 +168,10 @@ void NormaliseScriptLine(std::string& line) {
         line.erase(e);
     }
     for (size_t i = 0; i + 1 < line.size();) {
-        if (isBlank(line[i]) && isBlank(line[i + 1])) line.erase(i, 1);
-        else ++i;
+        if (isBlank(line[i]) && isBlank(line[i + 1]))
+            line.erase(i, 1);
+        else
+            ++i;
     }
     for (char& c : line)
         if (c == '\t') c = ' ';
@@ -212,7 +222,8 @@ std::vector<std::string> Words(std::string_view line) {
             words.back() += c;
         }
     }
-    if (inSep && !words.back().empty()) words.emplace_back();  // trailing blank: one more, empty word
+    if (inSep && !words.back().empty())
+        words.emplace_back();  // trailing blank: one more, empty word
     return words;
 }
 }  // namespace
@@ -258,7 +269,7 @@ std::string NativePath(std::string_view name) {
     std::string p(name);
     for (char& c : p)
         if (c == '\\') c = '/';
-    struct stat sb{};
+    struct stat sb {};
     if (p.empty() || ::stat(p.c_str(), &sb) == 0) return p;
     // Find each component without regard to case.
     std::string out = p.front() == '/' ? "/" : "";
@@ -291,7 +302,7 @@ std::string NativePath(std::string_view name) {
 bool CanOpenForReading(std::string_view path) {
     const int fd = ::open(NativePath(path).c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
-    struct stat sb{};
+    struct stat sb {};
     const bool regular = ::fstat(fd, &sb) == 0 && S_ISREG(sb.st_mode);
     ::close(fd);
     return regular;
@@ -307,13 +318,13 @@ bool FileExists(ProgramState& st, std::string_view name, int16_t askOverwrite) {
 }
 
 int64_t FileDate(const ProgramState& st, std::string_view name) {
-    struct stat sb{};
+    struct stat sb {};
     if (::stat(NativePath(ResolveInProgramFolder(st, name)).c_str(), &sb) != 0) return -1;
     return int64_t(sb.st_mtim.tv_sec);
 }
 
 int32_t FileSize(const ProgramState& st, std::string_view name) {
-    struct stat sb{};
+    struct stat sb {};
     if (::stat(NativePath(ResolveInProgramFolder(st, name)).c_str(), &sb) != 0) return -1;
     return static_cast<int32_t>(sb.st_size);
 }

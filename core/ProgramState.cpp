@@ -7,8 +7,8 @@ namespace vortelm {
 
 // A state made without a host gets its own quiet one: it answers every
 // question with its default and draws nothing.
-ProgramState::ProgramState() : ownHost_(std::make_unique<Host>()), host(ownHost_.get()),
-                               sfrTable(kSfrBound + 1) {}
+ProgramState::ProgramState()
+    : ownHost_(std::make_unique<Host>()), host(ownHost_.get()), sfrTable(kSfrBound + 1) {}
 
 ProgramState::ProgramState(Host& h) : host(&h), sfrTable(kSfrBound + 1) {}
 
@@ -30,7 +30,9 @@ void SetProgramFolderDefaults(ProgramState& st) {
     }
 }
 
-double FormScale(const ProgramState& st) { return st.SCALEFACTOR / 100.0; }
+double FormScale(const ProgramState& st) {
+    return st.SCALEFACTOR / 100.0;
+}
 
 void CheckBound(long long index, long long bound, const char* what) {
     if (index < 0 || index > bound)

@@ -23,10 +23,10 @@ struct ProgramState {
     ProgramState(const ProgramState&) = delete;
     ProgramState& operator=(const ProgramState&) = delete;
 
-private:
+  private:
     std::unique_ptr<Host> ownHost_;
 
-public:
+  public:
     // The platform seam (never null; a state made without one gets a host
     // that answers every question with its default and draws nothing).
     Host* host;
@@ -45,8 +45,8 @@ public:
     // ---- communication
     int16_t IDLENGTH = 1;
     int32_t TRANSFERBUFFERSTARTADDRESS = 0xFC80;
-    int16_t PORT = 1;       // PORT=COM<n>
-    std::string PORTNAME;   // device path, socket://host:port or sim:...; wins over PORT
+    int16_t PORT = 1;      // PORT=COM<n>
+    std::string PORTNAME;  // device path, socket://host:port or sim:...; wins over PORT
     int32_t BAUDRATE = 9600;
     int16_t PARITY = 0;
     int16_t DATA = 8;

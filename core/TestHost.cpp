@@ -31,7 +31,9 @@ int TestHost::startTimer(int intervalMs, std::function<void()> fn) {
     return id;
 }
 
-void TestHost::stopTimer(int id) { timers_.erase(id); }
+void TestHost::stopTimer(int id) {
+    timers_.erase(id);
+}
 
 void TestHost::yield(std::optional<int64_t> untilUs) {
     ++yields;
@@ -47,7 +49,7 @@ void TestHost::yield(std::optional<int64_t> untilUs) {
     bool ready = false;
     if (!fds.empty() && ::poll(fds.data(), fds.size(), 0) > 0) {
         for (size_t i = 0; i < fds.size(); ++i) {
-            if (!(fds[i].revents & (POLLIN | POLLHUP | POLLERR))) continue;
+            if (!(fds[i].revents & (POLLIN | POLLHUP | POLLERR | POLLNVAL))) continue;
             if (std::find(sources_.begin(), sources_.end(), owners[i]) == sources_.end()) continue;
             owners[i]->dispatch();
             ready = true;

@@ -15,7 +15,7 @@
 namespace vortelm {
 
 class TestHost : public Host {
-public:
+  public:
     TestHost();
     ~TestHost() override;
 
@@ -89,9 +89,11 @@ public:
     void refreshMemory() override { ++refreshMemoryCount; }
     void gotoPage(int32_t address) override { gotoPages.push_back(address); }
     void refreshSfrView() override { ++refreshSfrViewCount; }
-    void progress(int64_t value, int64_t maximum) override { progressCalls.emplace_back(value, maximum); }
+    void progress(int64_t value, int64_t maximum) override {
+        progressCalls.emplace_back(value, maximum);
+    }
 
-private:
+  private:
     struct Timer {
         int intervalMs;
         int64_t nextUs;

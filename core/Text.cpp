@@ -19,7 +19,8 @@ void Text2Buffer(ProgramState& st, std::string_view text) {
     if (st.terminalLines > 1000) {
         // One line goes per call, whatever the call added.
         auto cr = st.terminalBuffer.find('\r');
-        if (cr != std::string::npos) st.terminalBuffer.erase(0, std::min(cr + 2, st.terminalBuffer.size()));
+        if (cr != std::string::npos)
+            st.terminalBuffer.erase(0, std::min(cr + 2, st.terminalBuffer.size()));
         st.terminalLines -= 1;
     }
     st.host->terminalAppended(text);

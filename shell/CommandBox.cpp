@@ -27,6 +27,11 @@ bool Send(Session& s, uint8_t b, bool& reported) {
 
 }  // namespace
 
+void CommandHistory::add(std::string_view line) {
+    lines.insert(lines.begin(), std::string(line));
+    if (lines.size() > kKeep) lines.erase(lines.begin() + kKeep);
+}
+
 int16_t RunCommandBoxLine(Session& s, std::string_view line) {
     if (!line.empty() && line.front() == '_') {
         if (s.addHistory) s.addHistory(line);

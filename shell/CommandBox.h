@@ -3,7 +3,9 @@
 // the CLI's standard input both come here.
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "shell/Session.h"
 
@@ -14,5 +16,13 @@ namespace vortelm::shell {
 // other line is sent as text, without a line end. Gives the shell's result
 // for commands, 0 for sent text, -1 when nothing could be sent.
 int16_t RunCommandBoxLine(Session& s, std::string_view line);
+
+// The history of the command box: the newest line first, 50 lines at most,
+// duplicates kept.
+struct CommandHistory {
+    static constexpr size_t kKeep = 50;
+    std::vector<std::string> lines;
+    void add(std::string_view line);
+};
 
 }  // namespace vortelm::shell

@@ -9,7 +9,9 @@ namespace vortelm::shell {
 namespace {
 
 // Ids are 16-bit values kept sign-extended: 0x8001 is -32767.
-constexpr int32_t Id(uint32_t v) { return static_cast<int16_t>(static_cast<uint16_t>(v)); }
+constexpr int32_t Id(uint32_t v) {
+    return static_cast<int16_t>(static_cast<uint16_t>(v));
+}
 
 // The number value of a range piece: its leading decimal digits.
 int32_t LeadingDigits(std::string_view t) {
@@ -66,7 +68,8 @@ void AddShellParameter(ShellTable& table, std::string_view commandName,
         if (dash == std::string_view::npos) {
             p.ranges[i] = {LeadingDigits(piece), LeadingDigits(piece)};
         } else {
-            p.ranges[i] = {LeadingDigits(piece.substr(0, dash)), LeadingDigits(piece.substr(dash + 1))};
+            p.ranges[i] = {LeadingDigits(piece.substr(0, dash)),
+                           LeadingDigits(piece.substr(dash + 1))};
         }
         if (semi == std::string_view::npos) break;
         rest = rest.substr(semi + 1);
@@ -83,15 +86,21 @@ int32_t FindShellCommand(const ShellTable& table, std::string_view name) {
 
 void BuildShellCommandTable(ShellTable& table) {
     table.shellCommandCount = 0;
-    static constexpr const char* kGroups[] = {
-        "HELP FUNCTIONS",       "FILE FUNCTIONS",
-        "HEX EDITOR FUNCTIONS", "SELECTION FUNCTIONS",
-        "TARGET CONNECTION FUNCTIONS", "TARGET TRANSFER FUNCTIONS",
-        "TARGET EXECUTION FUNCTIONS",  "TARGET MISC FUNCTIONS",
-        "SFR VIEW FUNCTIONS",   "TERMINAL / COMM FUNCTIONS",
-        "LOGFILE FUNCTIONS",    "SCRIPTING FUNCTIONS",
-        "FLASH FUNCTIONS",      "NOT DOCUMENTED FUNCTIONS",
-        "VIEW FUNCTIONS"};
+    static constexpr const char* kGroups[] = {"HELP FUNCTIONS",
+                                              "FILE FUNCTIONS",
+                                              "HEX EDITOR FUNCTIONS",
+                                              "SELECTION FUNCTIONS",
+                                              "TARGET CONNECTION FUNCTIONS",
+                                              "TARGET TRANSFER FUNCTIONS",
+                                              "TARGET EXECUTION FUNCTIONS",
+                                              "TARGET MISC FUNCTIONS",
+                                              "SFR VIEW FUNCTIONS",
+                                              "TERMINAL / COMM FUNCTIONS",
+                                              "LOGFILE FUNCTIONS",
+                                              "SCRIPTING FUNCTIONS",
+                                              "FLASH FUNCTIONS",
+                                              "NOT DOCUMENTED FUNCTIONS",
+                                              "VIEW FUNCTIONS"};
     for (size_t g = 0; g < std::size(kGroups); ++g) table.shellGroupNames[g + 1] = kGroups[g];
 
     auto C = [&](int32_t group, std::string_view name, int32_t id, int16_t minP, int16_t maxP,
@@ -104,6 +113,7 @@ void BuildShellCommandTable(ShellTable& table) {
         AddShellParameter(table, command, name, optional, type, range, alt, description);
     };
 
+    // clang-format off
     // 1 HELP FUNCTIONS
     C(1, "_help", Id(0x1001), 0, 0, kTrue, "List all shell commands", "_help");
     C(1, "_test", Id(0x1002), 0, 0, kTrue, "Test", "_test");
@@ -395,7 +405,7 @@ void BuildShellCommandTable(ShellTable& table) {
     C(15, "_clearterminalwindow", Id(0xF006), 0, 0, kTrue, "Clears the terminal output and logging window", "_clearterminalwindow");
     C(15, "_viewascii", Id(0xF007), 0, 1, kTrue, "Views the current selection as ascii text", "_viewascii [<byteswap>]");
     P("_viewascii", "<byteswap>", kTrue, "decimal value", "0-1", "", "1: Swap LSB and MSB");
-
+    // clang-format on
 }
 
 }  // namespace vortelm::shell

@@ -10,7 +10,9 @@ namespace vortelm::shell {
 
 namespace {
 
-void Say(Session& s, std::string_view text) { Text2Buffer(s.st, std::string(text) + CrLf()); }
+void Say(Session& s, std::string_view text) {
+    Text2Buffer(s.st, std::string(text) + CrLf());
+}
 
 // Lists the listed rows in table order; the first group has no heading.
 RowResult Help(Session& s) {
@@ -57,6 +59,8 @@ constexpr RowBinding kRows[] = {
 
 }  // namespace
 
-std::span<const RowBinding> FrameRows() { return kRows; }
+std::span<const RowBinding> FrameRows() {
+    return kRows;
+}
 
 }  // namespace vortelm::shell

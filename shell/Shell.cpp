@@ -12,9 +12,13 @@ namespace vortelm::shell {
 
 namespace {
 
-bool HasCapitalE(std::string_view t) { return t.find('E') != std::string_view::npos; }
+bool HasCapitalE(std::string_view t) {
+    return t.find('E') != std::string_view::npos;
+}
 
-void Say(ProgramState& st, std::string_view text) { Text2Buffer(st, std::string(text) + CrLf()); }
+void Say(ProgramState& st, std::string_view text) {
+    Text2Buffer(st, std::string(text) + CrLf());
+}
 
 // Whether an argument passes the check of one type word. "FILENAME" as the
 // first type lets a name without ":" through untested; as the alternative
@@ -129,13 +133,20 @@ int16_t ParseShellArguments(Session& s, std::string_view line) {
 
 std::string StatusText(int16_t status) {
     switch (status) {
-        case -1: return "*ERROR: Illegal command";
-        case -2: return "*ERROR: Illegal parameters";
-        case -3: return "*ERROR: Illegal number of parameters";
-        case -4: return "*ERROR: Not connected to target";
-        case -5: return "*ERROR: Feature not supported by this kernel";
-        case -6: return "*ERROR: Feature not supported by this controller";
-        default: return {};
+        case -1:
+            return "*ERROR: Illegal command";
+        case -2:
+            return "*ERROR: Illegal parameters";
+        case -3:
+            return "*ERROR: Illegal number of parameters";
+        case -4:
+            return "*ERROR: Not connected to target";
+        case -5:
+            return "*ERROR: Feature not supported by this kernel";
+        case -6:
+            return "*ERROR: Feature not supported by this controller";
+        default:
+            return {};
     }
 }
 
@@ -148,7 +159,8 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
     if (checkOnly == 0) Text2Buffer(st, ">" + std::string(line) + CrLf());
     try {
         ParseShellArguments(s, line);
-        const size_t wordEnd = std::min<size_t>(static_cast<size_t>(SkipWord(line, kFalse)), line.size());
+        const size_t wordEnd =
+            std::min<size_t>(static_cast<size_t>(SkipWord(line, kFalse)), line.size());
         row = FindShellCommand(s.table, line.substr(0, wordEnd));
         if (row >= 0) {
             const ShellCommandRecord& cmd = s.table.shellCommands[row];
@@ -160,7 +172,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                 for (int i = 0; i < s.parsedParameterCount; ++i) {
                     const ParsedParameter& a = s.parsedParameters[i];
                     bool ok = false;
-                    std::string typeText = "string";
+                    std::string typeText;
                     std::string altText;
                     if (i < cmd.parameterCount) {
                         const ShellParameterRecord& p = cmd.parameters[i];
@@ -175,7 +187,8 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                     }
                     status = -2;
                     extra = (i == s.parsedParameterCount - 1) ? 1 : 0;
-                    std::string msg = "*ERROR: Parameter " + std::to_string(i + 1) + " must be valid " + typeText;
+                    std::string msg =
+                        "*ERROR: Parameter " + std::to_string(i + 1) + " must be valid " + typeText;
                     if (!altText.empty()) msg += " or " + altText;
                     Say(st, msg);
                 }
@@ -192,12 +205,14 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
             }
         }
         if (status != 0) {
-            Say(st, StatusText(static_cast<int16_t>(status)));
+            if (const std::string text = StatusText(static_cast<int16_t>(status)); !text.empty())
+                Say(st, text);
             if ((status == -2 || status == -3) && row >= 0)
                 Say(st, "usage: " + s.table.shellCommands[row].usage);
         }
-    } catch (const RunTimeError& e) {
-        // The operation met a bound: it ends here, the program goes on.
+    } catch (const std::exception& e) {
+        // The operation met a bound (RunTimeError, or a library's own range
+        // check): it ends here, the program goes on.
         Say(st, std::string("*ERROR: ") + e.what());
         status = -1;
         extra = 0;
@@ -210,8 +225,10 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
     if (st.ConnectionState == 1) {
         st.host->refreshMemory();
         if (st.REFRESHSFR == kTrue) {
-            if (s.readSfrView) s.readSfrView();
-            else st.host->refreshSfrView();
+            if (s.readSfrView)
+                s.readSfrView();
+            else
+                st.host->refreshSfrView();
         }
     }
     return static_cast<int16_t>(status + extra);

@@ -13,7 +13,7 @@
 namespace vortelm::shell {
 
 // ---- the table
-constexpr int kShellCommandBound = 256;  // rows 0 to 256
+constexpr int kShellCommandBound = 256;   // rows 0 to 256
 constexpr int kShellParameterBound = 15;  // parameters 0 to 15 of a row
 constexpr const char* kGroupStars = "***********************************";
 

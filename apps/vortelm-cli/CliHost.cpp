@@ -1,7 +1,6 @@
 #include "apps/vortelm-cli/CliHost.h"
 
 #include <spawn.h>
-#include <sys/wait.h>
 
 #include <cstdio>
 
@@ -17,10 +16,13 @@ MsgAnswer CliHost::messageBox(std::string_view text, MsgButtons buttons, MsgIcon
     std::fprintf(stderr, "%s\n", out.c_str());
     std::fflush(stderr);
     switch (buttons) {
-        case MsgButtons::Ok: return MsgAnswer::Ok;
-        case MsgButtons::OkCancel: return answerYes_ ? MsgAnswer::Ok : MsgAnswer::Cancel;
+        case MsgButtons::Ok:
+            return MsgAnswer::Ok;
+        case MsgButtons::OkCancel:
+            return answerYes_ ? MsgAnswer::Ok : MsgAnswer::Cancel;
         case MsgButtons::YesNo:
-        case MsgButtons::YesNoCancel: return answerYes_ ? MsgAnswer::Yes : MsgAnswer::No;
+        case MsgButtons::YesNoCancel:
+            return answerYes_ ? MsgAnswer::Yes : MsgAnswer::No;
     }
     return MsgAnswer::Ok;
 }
@@ -48,8 +50,10 @@ void CliHost::terminalAppended(std::string_view text) {
             }
             out += '\r';
         }
-        if (c == '\r') heldCr_ = true;
-        else out += c;
+        if (c == '\r')
+            heldCr_ = true;
+        else
+            out += c;
     }
     std::fwrite(out.data(), 1, out.size(), stdout);
     std::fflush(stdout);
@@ -74,8 +78,8 @@ bool CliHost::startDetached(const std::string& program, const std::vector<std::s
     for (std::string& a : copy) argv.push_back(a.data());
     argv.push_back(nullptr);
     pid_t pid = 0;
-    if (::posix_spawnp(&pid, prog.c_str(), nullptr, nullptr, argv.data(), environ) != 0) return false;
-    // Reaped at once by nobody: a detached child is left to init when we end.
+    if (::posix_spawnp(&pid, prog.c_str(), nullptr, nullptr, argv.data(), environ) != 0)
+        return false;
     return true;
 }
 

@@ -10,7 +10,7 @@
 namespace vortelm::cli {
 
 class CliHost : public Host {
-public:
+  public:
     explicit CliHost(bool answerYes) : answerYes_(answerYes) {}
 
     MsgAnswer messageBox(std::string_view text, MsgButtons buttons, MsgIcon icon,
@@ -24,7 +24,7 @@ public:
     // Writes a carriage return still held back at the end.
     void flush();
 
-private:
+  private:
     bool answerYes_;
     bool heldCr_ = false;
 };

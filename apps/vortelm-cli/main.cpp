@@ -1,7 +1,10 @@
 // vortelm-cli: the headless front end. Start-up as the GUI does it, then
 // standard input line by line as the command box.
 
+#include <fcntl.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include <cerrno>
 #include <cstdio>
@@ -51,13 +54,17 @@ constexpr const char* kHelp =
 // Standard input as a source of the event loop: lines are collected while
 // the loop runs timers and the line's events.
 class StdinSource : public vortelm::EventSource {
-public:
+  public:
+    // A closed standard input is an empty one.
+    StdinSource() : eof(::fcntl(STDIN_FILENO, F_GETFD) < 0) {}
     [[nodiscard]] int pollFd() const override { return eof ? -1 : STDIN_FILENO; }
     void dispatch() override {
         char buf[4096];
         const ssize_t n = ::read(STDIN_FILENO, buf, sizeof buf);
-        if (n > 0) pending.append(buf, static_cast<size_t>(n));
-        else if (n == 0 || (errno != EINTR && errno != EAGAIN)) eof = true;
+        if (n > 0)
+            pending.append(buf, static_cast<size_t>(n));
+        else if (n == 0 || (errno != EINTR && errno != EAGAIN))
+            eof = true;
     }
     // Takes the next complete line (or the last, unterminated one at the end).
     bool nextLine(std::string& line) {
@@ -74,12 +81,13 @@ public:
         return true;
     }
     std::string pending;
-    bool eof = false;
+    bool eof;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    StdinSource input;  // before any file is opened: a closed descriptor 0 stays closed
     vortelm::shell::ProgramOptions options;
     bool answerYes = true;
     bool yesOrNoGiven = false;
@@ -132,11 +140,14 @@ int main(int argc, char** argv) {
         options.home = std::filesystem::absolute(options.home, ec).string();
     }
 
+    // Programs started without waiting (the text editor) are reaped by the
+    // system when they end.
+    std::signal(SIGCHLD, SIG_IGN);
+
     vortelm::cli::CliHost host(answerYes);
     vortelm::shell::Program program(host, options);
     program.StartUp();
 
-    StdinSource input;
     host.addSource(input);
     int16_t last = 0;
     std::string line;

@@ -62,4 +62,15 @@ TEST_F(Box, WithoutAPortNothingIsSent) {
     EXPECT_EQ(host.terminal, "\r\n*ERROR: No communication port open");
 }
 
+TEST(CommandHistory, NewestFirstFiftyAtMostDuplicatesKept) {
+    CommandHistory h;
+    h.add("_a");
+    h.add("_a");
+    EXPECT_EQ(h.lines, (std::vector<std::string>{"_a", "_a"}));
+    for (int i = 0; i < 60; ++i) h.add("_l" + std::to_string(i));
+    ASSERT_EQ(h.lines.size(), 50u);
+    EXPECT_EQ(h.lines.front(), "_l59");
+    EXPECT_EQ(h.lines.back(), "_l10");
+}
+
 }  // namespace vortelm::shell
