@@ -1,8 +1,19 @@
 # Shared build settings for every Vortelm target.
 
-set(VORTELM_WARNINGS -Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor)
+set(VORTELM_WARNINGS -Wall -Wextra -Wpedantic -Wnon-virtual-dtor)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  list(APPEND VORTELM_WARNINGS -Wshadow=local)  # gcc's spelling; clang has no "=local"
+endif()
 if(VORTELM_WERROR)
   list(APPEND VORTELM_WARNINGS -Werror)
+endif()
+
+# The fuzz build instruments every library for libFuzzer and checks it with
+# ASan and UBSan; the fuzz targets add the libFuzzer main (fuzz/).
+if(VORTELM_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer
+                      -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
 endif()
 
 if(VORTELM_SANITIZE)

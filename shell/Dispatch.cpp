@@ -11,8 +11,11 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 1> kLists{
+constexpr std::array<ListFn, 4> kLists{
     &FrameRows,
+    &FileRows,
+    &HexEditorRows,
+    &SelectionRows,
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "image/Dump.h"
 #include "shell/CommandBox.h"
 #include "shell/Shell.h"
 
@@ -143,9 +144,10 @@ void Program::StepReadPreferences() {
     st_->host->progress(50, 100);
 }
 
-// 7. The dump memory starts empty (segments come on first touch); the shell
-// table is built.
+// 7. The dump memory gets its first four segments (the rest come on first
+// touch); the shell table is built.
 void Program::StepInitialiseMemoryAndShell() {
+    InitDumpMemory(st_->dump);
     BuildShellCommandTable(session_->table);
     st_->host->progress(70, 100);
 }

@@ -34,6 +34,9 @@ struct RowBinding {
 
 // The row lists, one per source file.
 std::span<const RowBinding> FrameRows();  // _help, _test, _quit (Rows_Frame.cpp)
+std::span<const RowBinding> FileRows();       // group 2 (Rows_Files.cpp)
+std::span<const RowBinding> HexEditorRows();  // group 3 (Rows_HexEditor.cpp)
+std::span<const RowBinding> SelectionRows();  // group 4 (Rows_Selection.cpp)
 
 // The binding of an id, or nullptr when its operation is not in this build.
 [[nodiscard]] RowFn FindRow(int32_t id);

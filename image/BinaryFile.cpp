@@ -1,0 +1,124 @@
+#include "image/BinaryFile.h"
+
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "image/Dump.h"
+#include "image/ImageCommon.h"
+
+namespace vortelm {
+
+void ReadBinaryFile(ProgramState& st, std::string_view name, int32_t address) {
+    auto& sel = st.selections;
+    ClearSelections(sel);
+    // The size comes through the program folder, as FileSize finds names.
+    const int32_t size = FileSize(st, name);
+    const int32_t blocks = size / 1024;
+    const int32_t tail = size % 1024;
+    {
+        auto file = OpenForReading(ResolveLoadPath(st, name));
+        const std::string_view bytes = file.bytes();
+        // Whole blocks only; what the file lacks of them reads as 0.
+        const int64_t whole = int64_t(blocks) * 1024;
+        const int64_t have = std::min<int64_t>(whole, static_cast<int64_t>(bytes.size()));
+        WriteDumpBlock(st.dump, address,
+                       std::span<const uint8_t>(reinterpret_cast<const uint8_t*>(bytes.data()),
+                                                static_cast<size_t>(std::max<int64_t>(have, 0))),
+                       kMarksLoaded);
+        if (have < whole) FillDumpBlock(st.dump, static_cast<int32_t>(int64_t(address) + have),
+                                        whole - have, 0, kMarksLoaded);
+    }
+    if (tail > 0) {
+        // The rest is read one by one from the file opened again through the
+        // program folder: a relative name reads its tail from there.
+        auto again = FileBytes::Open(NativePath(ResolveInProgramFolder(st, name)));
+        const std::string_view bytes = again ? again->bytes() : std::string_view{};
+        for (int32_t i = 0; i < tail; ++i) {
+            const size_t pos = static_cast<size_t>(blocks) * 1024 + static_cast<size_t>(i);
+            const auto v = pos < bytes.size() ? static_cast<uint8_t>(bytes[pos]) : uint8_t{0};
+            const auto a = static_cast<int32_t>(int64_t(address) + pos);
+            WriteDumpByte(st.dump, a, v);
+            SetDefined(st.dump, a, kTrue);
+            SetValid(st.dump, a, kFalse);
+        }
+    }
+    const int64_t last = int64_t(address) + size - 1;
+    if (last > std::numeric_limits<int32_t>::max()) throw RunTimeError("binary load end address overflow");
+    AddSelection(sel, address, static_cast<int32_t>(last));
+    MergeSelections(sel);
+}
+
+void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fillValue) {
+    auto& sel = st.selections;
+    MergeSelections(sel);
+    if (FileExists(st, name, kFalse)) RemoveFile(st, name);
+    const std::string resolved = ResolveSavePath(st, name);
+
+    FileOut file(NativePath(resolved));
+    if (!file.isOpen()) throw RunTimeError("file " + resolved + " cannot be opened for writing");
+    auto put = [&](uint64_t position, std::string_view bytes) {
+        if (!file.writeAt(position, bytes))
+            throw RunTimeError("file " + resolved + " cannot be written");
+    };
+
+    // One byte per address from position 0. A gap byte is written as 16
+    // bits: its upper half stands behind it until the next write covers it.
+    uint64_t pos = 0;
+    std::vector<uint8_t> values;
+    std::vector<uint8_t> status;
+    std::string gap;
+    constexpr uint8_t kRead = kMarkDefined | kMarkValid;
+    for (int i = 0; i < sel.count; ++i) {
+        const int64_t end = sel.end[i];
+        for (int64_t a = sel.start[i]; a <= end;) {
+            const int64_t n = std::min<int64_t>(end - a + 1, 1 << 20);
+            values.resize(static_cast<size_t>(n));
+            status.resize(static_cast<size_t>(n));
+            ReadDumpBlock(st.dump, static_cast<int32_t>(a), values, status);
+            bool unread = false;
+            for (uint8_t m : status) unread |= (m & kRead) == 0;
+            if (unread) {
+                // Some byte is neither Defined nor Valid: it takes the fill value.
+                for (size_t k = 0; k < values.size(); ++k) {
+                    if (status[k] & kRead) continue;
+                    if (fillValue < 0) {
+                        put(pos, std::string_view(reinterpret_cast<const char*>(values.data()), k));
+                        throw RunTimeError("fill value " + std::to_string(fillValue) +
+                                           " for the unread byte at " +
+                                           HexText(static_cast<int32_t>(a + int64_t(k)), 6));
+                    }
+                    values[k] = static_cast<uint8_t>(fillValue);
+                }
+            }
+            put(pos, std::string_view(reinterpret_cast<const char*>(values.data()), values.size()));
+            pos += values.size();
+            a += n;
+        }
+        if (i + 1 < sel.count && fillValue >= 0) {
+            for (int64_t left = int64_t(sel.start[i + 1]) - end - 1; left > 0;) {
+                const int64_t n = std::min<int64_t>(left, 1 << 20);
+                gap.assign(static_cast<size_t>(n), static_cast<char>(fillValue & 0xFF));
+                gap.push_back(static_cast<char>((fillValue >> 8) & 0xFF));
+                put(pos, gap);
+                pos += static_cast<uint64_t>(n);
+                left -= n;
+            }
+        }
+    }
+    if (!file.close()) throw RunTimeError("file " + resolved + " cannot be written");
+}
+
+int32_t LoadBinaryCommand(ProgramState& st, std::string_view name, int32_t address) {
+    return LoadCommand(st, name, "*Load Binary: ", [&] { ReadBinaryFile(st, name, address); });
+}
+
+int32_t SaveBinaryCommand(ProgramState& st, std::string_view name, int32_t fillValue) {
+    BusyScope busy(st);
+    WriteBinarySelections(st, name, fillValue);
+    Text2Buffer(st, "\r\n*Save Binary: selection written to binary file");
+    return 0;
+}
+
+}  // namespace vortelm

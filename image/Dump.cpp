@@ -1,0 +1,161 @@
+#include "image/Dump.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "core/Helpers.h"
+#include "core/RunTimeError.h"
+
+namespace vortelm {
+
+namespace {
+
+[[noreturn]] void AddressPastImage(int64_t address) {
+    std::string text = address < 0 ? "-" + HexText(static_cast<int32_t>(-address), 1)
+                                   : HexText(static_cast<int32_t>(address), 1);
+    throw RunTimeError("DumpMemory address " + text + " out of range -FFFF to 100FFFF");
+}
+
+// The access step: segment of the address (allocated on touch) and offset.
+DumpSegment& Touch(DumpMemory& dump, int64_t address) {
+    if (address < kDumpLowestAddress || address >= kDumpEndAddress) AddressPastImage(address);
+    const auto seg = static_cast<size_t>(address / 65536);  // truncates towards zero
+    auto& p = dump.segments[seg];
+    if (!p) {
+        try {
+            p = std::make_unique<DumpSegment>();
+        } catch (const std::bad_alloc&) {
+            throw RunTimeError("DumpMemory segment " + std::to_string(seg) + " out of memory");
+        }
+    }
+    return *p;
+}
+
+constexpr uint32_t Offset(int64_t address) { return static_cast<uint32_t>(address) & 0xFFFFu; }
+
+void SetMark(DumpMemory& dump, int32_t address, int16_t flag, uint8_t mark) {
+    auto& s = Touch(dump, address).status[Offset(address)];
+    if (flag == kTrue) s = static_cast<uint8_t>(s | mark);
+    else s = static_cast<uint8_t>(s & ~mark);
+}
+
+int16_t HasMark(DumpMemory& dump, int32_t address, uint8_t mark) {
+    return (Touch(dump, address).status[Offset(address)] & mark) ? kTrue : kFalse;
+}
+
+// Walks address .. address+count-1 in pieces that lie in one segment with
+// rising offsets; fn(segment, offset, length, position in the range).
+template <class Fn>
+void ForEachPiece(DumpMemory& dump, int64_t address, int64_t count, Fn&& fn) {
+    int64_t done = 0;
+    while (done < count) {
+        const int64_t a = address + done;
+        DumpSegment& seg = Touch(dump, a);
+        const uint32_t off = Offset(a);
+        const int64_t len = std::min<int64_t>(count - done, 65536 - off);
+        fn(seg, off, static_cast<size_t>(len), static_cast<size_t>(done));
+        done += len;
+    }
+}
+
+void ApplyMarks(uint8_t* status, size_t n, MarkChange marks) {
+    const auto keep = static_cast<uint8_t>(~marks.clear);
+    for (size_t i = 0; i < n; ++i) status[i] = static_cast<uint8_t>((status[i] | marks.set) & keep);
+}
+
+}  // namespace
+
+void InitDumpMemory(DumpMemory& dump) {
+    for (int i = 0; i <= 255; ++i) dump.segments[i].reset();
+    for (int i = 0; i <= 3; ++i) (void)Touch(dump, int64_t(i) * 65536);
+}
+
+void WriteDumpByte(DumpMemory& dump, int32_t address, uint8_t value) {
+    Touch(dump, address).data[Offset(address)] = value;
+}
+uint8_t ReadDumpByte(DumpMemory& dump, int32_t address) {
+    return Touch(dump, address).data[Offset(address)];
+}
+void SetDefined(DumpMemory& dump, int32_t address, int16_t flag) {
+    SetMark(dump, address, flag, kMarkDefined);
+}
+void SetMonitorMark(DumpMemory& dump, int32_t address, int16_t flag) {
+    SetMark(dump, address, flag, kMarkMonitor);
+}
+void SetValid(DumpMemory& dump, int32_t address, int16_t flag) {
+    SetMark(dump, address, flag, kMarkValid);
+}
+int16_t IsDefined(DumpMemory& dump, int32_t address) { return HasMark(dump, address, kMarkDefined); }
+int16_t IsMonitorMark(DumpMemory& dump, int32_t address) {
+    return HasMark(dump, address, kMarkMonitor);
+}
+int16_t IsValid(DumpMemory& dump, int32_t address) { return HasMark(dump, address, kMarkValid); }
+
+bool IsSegmentAllocated(const DumpMemory& dump, int segment) {
+    return segment >= 0 && segment < DumpMemory::kSegments && dump.segments[segment] != nullptr;
+}
+
+void WriteDumpBlock(DumpMemory& dump, int32_t address, std::span<const uint8_t> bytes,
+                    MarkChange marks) {
+    ForEachPiece(dump, address, static_cast<int64_t>(bytes.size()),
+                 [&](DumpSegment& seg, uint32_t off, size_t len, size_t pos) {
+                     std::memcpy(seg.data.data() + off, bytes.data() + pos, len);
+                     ApplyMarks(seg.status.data() + off, len, marks);
+                 });
+}
+
+void FillDumpBlock(DumpMemory& dump, int32_t address, int64_t count, uint8_t value,
+                   MarkChange marks) {
+    if (count <= 0) return;
+    ForEachPiece(dump, address, count, [&](DumpSegment& seg, uint32_t off, size_t len, size_t) {
+        std::memset(seg.data.data() + off, value, len);
+        ApplyMarks(seg.status.data() + off, len, marks);
+    });
+}
+
+void ReadDumpBlock(DumpMemory& dump, int32_t address, std::span<uint8_t> values,
+                   std::span<uint8_t> status) {
+    ForEachPiece(dump, address, static_cast<int64_t>(values.size()),
+                 [&](DumpSegment& seg, uint32_t off, size_t len, size_t pos) {
+                     std::memcpy(values.data() + pos, seg.data.data() + off, len);
+                     if (pos + len <= status.size())
+                         std::memcpy(status.data() + pos, seg.status.data() + off, len);
+                 });
+}
+
+void MarkDumpBlock(DumpMemory& dump, int32_t address, int64_t count, MarkChange marks) {
+    if (count <= 0) return;
+    ForEachPiece(dump, address, count, [&](DumpSegment& seg, uint32_t off, size_t len, size_t) {
+        ApplyMarks(seg.status.data() + off, len, marks);
+    });
+}
+
+DumpRun FindMarkedRun(DumpMemory& dump, int32_t from, int32_t to, uint8_t marks) {
+    DumpRun run;
+    int64_t a = from;
+    while (a <= to) {
+        DumpSegment& seg = Touch(dump, a);
+        const uint32_t off = Offset(a);
+        const int64_t len = std::min<int64_t>(int64_t(to) - a + 1, 65536 - off);
+        const uint8_t* s = seg.status.data() + off;
+        int64_t i = 0;
+        if (!run.found) {
+            while (i < len && !(s[i] & marks)) ++i;
+            if (i < len) {
+                run.found = true;
+                run.first = static_cast<int32_t>(a + i);
+            }
+        }
+        if (run.found) {
+            while (i < len && (s[i] & marks)) ++i;
+            run.last = static_cast<int32_t>(a + i - 1);
+            if (i < len) break;
+        }
+        a += len;
+    }
+    return run;
+}
+
+}  // namespace vortelm

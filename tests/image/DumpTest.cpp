@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <vector>
+
+#include "core/ProgramState.h"
+#include "core/RunTimeError.h"
+#include "image/Dump.h"
+
+namespace vortelm {
+namespace {
+
+struct Fresh {
+    Fresh() { InitDumpMemory(st.dump); }
+    ProgramState st;
+};
+
+TEST(Dump, AfterStartUpNothingIsDefinedAndBytesAreZero) {
+    Fresh f;
+    for (int32_t a : {0, 1, 0x3FFFF, 0x40000, 0x123456, 0xFFFFFF, 0x100FFFF}) {
+        EXPECT_EQ(IsDefined(f.st.dump, a), kFalse) << a;
+        EXPECT_EQ(ReadDumpByte(f.st.dump, a), 0) << a;
+        EXPECT_EQ(IsValid(f.st.dump, a), kFalse) << a;
+        EXPECT_EQ(IsMonitorMark(f.st.dump, a), kFalse) << a;
+    }
+}
+
+TEST(Dump, InitAllocatesTheFirstFourSegmentsOnly) {
+    Fresh f;
+    for (int s = 0; s < 4; ++s) EXPECT_TRUE(IsSegmentAllocated(f.st.dump, s)) << s;
+    for (int s = 4; s < 257; ++s) EXPECT_FALSE(IsSegmentAllocated(f.st.dump, s)) << s;
+}
+
+TEST(Dump, SetDefinedWithOneClearsTheMark) {
+    Fresh f;
+    SetDefined(f.st.dump, 0x100, kTrue);
+    EXPECT_EQ(IsDefined(f.st.dump, 0x100), kTrue);
+    SetDefined(f.st.dump, 0x100, 1);
+    EXPECT_EQ(IsDefined(f.st.dump, 0x100), kFalse);
+}
+
+TEST(Dump, MarksAreIndependentAndWritingSetsNone) {
+    Fresh f;
+    WriteDumpByte(f.st.dump, 0x20, 0xAB);
+    EXPECT_EQ(IsDefined(f.st.dump, 0x20), kFalse);
+    EXPECT_EQ(IsValid(f.st.dump, 0x20), kFalse);
+    SetValid(f.st.dump, 0x20, kTrue);
+    SetMonitorMark(f.st.dump, 0x20, kTrue);
+    EXPECT_EQ(IsDefined(f.st.dump, 0x20), kFalse);
+    SetDefined(f.st.dump, 0x20, kTrue);
+    SetMonitorMark(f.st.dump, 0x20, kFalse);
+    EXPECT_EQ(IsValid(f.st.dump, 0x20), kTrue);
+    EXPECT_EQ(IsDefined(f.st.dump, 0x20), kTrue);
+    EXPECT_EQ(IsMonitorMark(f.st.dump, 0x20), kFalse);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0x20), 0xAB);
+}
+
+TEST(Dump, IsValidOfAnAddressAllocatesItsSegment) {
+    Fresh f;
+    EXPECT_FALSE(IsSegmentAllocated(f.st.dump, 127));
+    EXPECT_EQ(IsValid(f.st.dump, 0x7F0000), kFalse);
+    EXPECT_TRUE(IsSegmentAllocated(f.st.dump, 127));
+    EXPECT_FALSE(IsSegmentAllocated(f.st.dump, 128));
+}
+
+TEST(Dump, SegmentTwoHundredFiftySixIsRealAndTheNextAddressIsTheBound) {
+    Fresh f;
+    WriteDumpByte(f.st.dump, 0x1000000, 0x5A);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0x1000000), 0x5A);
+    WriteDumpByte(f.st.dump, 0x100FFFF, 0x5B);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0x100FFFF), 0x5B);
+    try {
+        WriteDumpByte(f.st.dump, 0x1010000, 1);
+        FAIL() << "no run-time error";
+    } catch (const RunTimeError& e) {
+        EXPECT_STREQ(e.what(), "DumpMemory address 1010000 out of range -FFFF to 100FFFF");
+    }
+    EXPECT_THROW((void)IsDefined(f.st.dump, 0x7FFFFFFF), RunTimeError);
+}
+
+TEST(Dump, SmallNegativeAddressesLandInSegmentZero) {
+    Fresh f;
+    WriteDumpByte(f.st.dump, -1, 0x11);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0xFFFF), 0x11);
+    WriteDumpByte(f.st.dump, -65535, 0x22);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 1), 0x22);
+    EXPECT_THROW(WriteDumpByte(f.st.dump, -65536, 1), RunTimeError);
+    EXPECT_THROW(SetDefined(f.st.dump, -0x7FFFFFFF, kTrue), RunTimeError);
+}
+
+TEST(Dump, BulkWriteEqualsPerByteWritesAcrossSegments) {
+    Fresh f;
+    std::vector<uint8_t> bytes(70000);
+    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(i * 7);
+    SetValid(f.st.dump, 0x4FFF0, kTrue);
+    WriteDumpBlock(f.st.dump, 0x4FFF0, bytes, kMarksLoaded);
+    for (size_t i = 0; i < bytes.size(); i += 997) {
+        const auto a = static_cast<int32_t>(0x4FFF0 + i);
+        EXPECT_EQ(ReadDumpByte(f.st.dump, a), bytes[i]);
+        EXPECT_EQ(IsDefined(f.st.dump, a), kTrue);
+        EXPECT_EQ(IsValid(f.st.dump, a), kFalse);
+    }
+    EXPECT_EQ(IsDefined(f.st.dump, 0x4FFEF), kFalse);
+    EXPECT_EQ(IsDefined(f.st.dump, static_cast<int32_t>(0x4FFF0 + bytes.size())), kFalse);
+
+    std::vector<uint8_t> back(bytes.size()), status(bytes.size());
+    ReadDumpBlock(f.st.dump, 0x4FFF0, back, status);
+    EXPECT_EQ(back, bytes);
+    EXPECT_EQ(status[0], kMarkDefined);
+}
+
+TEST(Dump, BulkOperationsAcrossTheBoundWriteUpToItAndThrow) {
+    Fresh f;
+    std::array<uint8_t, 4> b{1, 2, 3, 4};
+    EXPECT_THROW(WriteDumpBlock(f.st.dump, 0x100FFFE, b, kMarksLoaded), RunTimeError);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0x100FFFF), 2);
+    // From -2 upwards the offsets run FFFE, FFFF, 0, 1 of segment 0.
+    WriteDumpBlock(f.st.dump, -2, b, kMarksFromTarget);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0xFFFE), 1);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0xFFFF), 2);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0), 3);
+    EXPECT_EQ(IsValid(f.st.dump, 1), kTrue);
+}
+
+TEST(Dump, MarkAndFillBlocks) {
+    Fresh f;
+    FillDumpBlock(f.st.dump, 0x10, 0x20, 0xEE, kMarksFromTarget);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0x2F), 0xEE);
+    EXPECT_EQ(IsValid(f.st.dump, 0x2F), kTrue);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0x30), 0);
+    MarkDumpBlock(f.st.dump, 0x18, 4, MarkChange{0, kMarkDefined | kMarkValid});
+    EXPECT_EQ(IsDefined(f.st.dump, 0x18), kFalse);
+    EXPECT_EQ(IsValid(f.st.dump, 0x1B), kFalse);
+    EXPECT_EQ(IsDefined(f.st.dump, 0x1C), kTrue);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, 0x18), 0xEE);
+}
+
+TEST(Dump, FindMarkedRunFindsRunsAcrossSegments) {
+    Fresh f;
+    FillDumpBlock(f.st.dump, 0x1FFF0, 0x20, 0, kMarksLoaded);
+    FillDumpBlock(f.st.dump, 0x20100, 1, 0, kMarksLoaded);
+    DumpRun r = FindMarkedRun(f.st.dump, 0x10000, 0x2FFFF, kMarkDefined);
+    ASSERT_TRUE(r.found);
+    EXPECT_EQ(r.first, 0x1FFF0);
+    EXPECT_EQ(r.last, 0x2000F);
+    r = FindMarkedRun(f.st.dump, 0x20010, 0x2FFFF, kMarkDefined);
+    ASSERT_TRUE(r.found);
+    EXPECT_EQ(r.first, 0x20100);
+    EXPECT_EQ(r.last, 0x20100);
+    r = FindMarkedRun(f.st.dump, 0x1FFF0, 0x1FFF3, kMarkDefined);
+    EXPECT_EQ(r.last, 0x1FFF3);
+    EXPECT_FALSE(FindMarkedRun(f.st.dump, 0x20101, 0x2FFFF, kMarkDefined).found);
+    EXPECT_FALSE(FindMarkedRun(f.st.dump, 0x20101, 0x20100, kMarkDefined).found);
+}
+
+}  // namespace
+}  // namespace vortelm
