@@ -12,9 +12,13 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "core/Host.h"
 #include "link/ByteChannel.h"
+#include "link/ComSettings.h"
+#include "link/Ports.h"
 
 namespace vortelm {
 struct ProgramState;
@@ -38,11 +42,32 @@ public:
     // Puts a channel in place of opening one (tests, and the sim: opener).
     void attach(std::unique_ptr<channel::ByteChannel> ch);
     [[nodiscard]] channel::ByteChannel* channel() const;
+    // How a port text is opened; tests put their own in place. The default
+    // is OpenChannel (link/Ports.h) with the time-out setting, MCTYPE and
+    // the host's clock.
+    std::function<OpenResult(std::string_view portText, const channel::LineSettings&)> opener;
+
+    // ---- the port list
+    // Tries COM1 to COM30 and lists each that opens, whatever COMPORTS says.
+    void SearchComPorts();
+    [[nodiscard]] bool ComPortExists(int portno);
+    // Lists COM<minport> to COM<maxport> without trying them.
+    void AddComports(int minport, int maxport);
+    // The entries of the dialog's port list ("COM1", ..., device paths, "sim:").
+    std::vector<std::string> portList;
+
+    [[nodiscard]] ProgramState& state() const;
 
     // ---- settings
+    // The settings dialog's controls; get_preferences fills them.
+    ComSettingsForm form;
     [[nodiscard]] std::string CSettings() const;
     [[nodiscard]] std::string GetComState() const;
     void get_preferences();
+    // The settings text the port object holds ("9600,n,8,1"); it takes
+    // effect at the next open, and at once when the port is open.
+    [[nodiscard]] std::string settingsText() const;
+    void setSettingsText(std::string_view text);
 
     // ---- primitives
     void SSSend(uint8_t b);
@@ -72,6 +97,8 @@ public:
     // ---- signal lines
     void setRts(bool on);
     void setDtr(bool on);
+    // port 0 is RTS, 1 is DTR, anything else does nothing; level 1 is high.
+    void setPort(int port, int level);
 
     // The debugger's return handling, run by the receive event when the
     // target stops at a breakpoint (set by the layer that owns the debugger).

@@ -2,6 +2,7 @@
 
 #include "core/Helpers.h"
 #include "core/Text.h"
+#include "link/ComPort.h"
 #include "shell/Shell.h"
 
 namespace vortelm::shell {
@@ -10,6 +11,11 @@ namespace {
 
 // Sends one byte; without a channel says so once per line and gives false.
 bool Send(Session& s, uint8_t b, bool& reported) {
+    if (s.port) {
+        // A closed port shows its "Caution !" box; the line then stops.
+        s.port->SSSend(b);
+        return s.port->isOpen();
+    }
     if (s.sendByte) {
         s.sendByte(b);
         return true;

@@ -11,11 +11,12 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 4> kLists{
+constexpr std::array<ListFn, 5> kLists{
     &FrameRows,
     &FileRows,
     &HexEditorRows,
     &SelectionRows,
+    &TerminalRows,
 };
 
 }  // namespace

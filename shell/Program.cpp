@@ -8,6 +8,7 @@
 #include "core/RunTimeError.h"
 #include "core/Text.h"
 #include "image/Dump.h"
+#include "link/ComPort.h"
 #include "shell/CommandBox.h"
 #include "shell/Shell.h"
 
@@ -55,6 +56,8 @@ Program::Program(Host& host, ProgramOptions options)
       st_(std::make_unique<ProgramState>(host)),
       session_(std::make_unique<Session>(*st_)) {
     st_->portOverride = options_.portOverride;
+    port_ = std::make_unique<link::ComPort>(*st_);
+    session_->port = port_.get();
     session_->shutDown = [this] { ShutDownProgram(); };
 }
 
@@ -153,7 +156,12 @@ void Program::StepInitialiseMemoryAndShell() {
 }
 
 // 8. The forms of the selection range and the memory units are the GUI's.
-void Program::StepInitialiseForms() { st_->host->progress(80, 100); }
+void Program::StepInitialiseForms() {
+    // The serial settings are taken and the port opened here, so that the
+    // status of step 9 shows them and start-up scripts find the port open.
+    port_->get_preferences();
+    st_->host->progress(80, 100);
+}
 
 // 9. The instruction table hooks in here once the decoder is in the build.
 void Program::StepReadInstructionTable() {

@@ -13,6 +13,10 @@
 #include "core/ProgramState.h"
 #include "shell/Session.h"
 
+namespace vortelm::link {
+class ComPort;
+}
+
 namespace vortelm::shell {
 
 struct ProgramOptions {
@@ -43,6 +47,7 @@ public:
 
     [[nodiscard]] ProgramState& state() { return *st_; }
     [[nodiscard]] Session& session() { return *session_; }
+    [[nodiscard]] link::ComPort& port() { return *port_; }
     [[nodiscard]] const ProgramOptions& options() const { return options_; }
 
     // Start-up: steps 1 to 16 in order. Each step ends its own run-time
@@ -88,6 +93,7 @@ private:
     ProgramOptions options_;
     std::unique_ptr<ProgramState> st_;
     std::unique_ptr<Session> session_;
+    std::unique_ptr<link::ComPort> port_;
     bool quit_ = false;
 };
 

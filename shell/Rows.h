@@ -37,6 +37,7 @@ std::span<const RowBinding> FrameRows();  // _help, _test, _quit (Rows_Frame.cpp
 std::span<const RowBinding> FileRows();       // group 2 (Rows_Files.cpp)
 std::span<const RowBinding> HexEditorRows();  // group 3 (Rows_HexEditor.cpp)
 std::span<const RowBinding> SelectionRows();  // group 4 (Rows_Selection.cpp)
+std::span<const RowBinding> TerminalRows();  // _send, _sendfile, _setp, _openport (Rows_Terminal.cpp)
 
 // The binding of an id, or nullptr when its operation is not in this build.
 [[nodiscard]] RowFn FindRow(int32_t id);

@@ -4,7 +4,7 @@
 
 set(allowed_core    "core")
 set(allowed_image   "core;image")
-set(allowed_config  "core;config")
+set(allowed_config  "core;sfr;config")
 set(allowed_sfr     "core;sfr")
 set(allowed_disasm  "core;image;sfr;disasm")
 set(allowed_sim     "link/ByteChannel.h;sim")

@@ -131,13 +131,18 @@ TEST_F(Cli, EmptyInputEndsAtOnce) {
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(Cli, PlainTextIsSentNotRun) {
-    // With no port open the line is still announced; what the send then
-    // reports is the serial channel's business.
-    Run("hello\n");
-    const std::string announced = "\n-> SENDING: hello";
-    EXPECT_EQ(out.substr(0, announced.size()), announced);
-    EXPECT_EQ(out.find(">hello"), std::string::npos);
+TEST_F(Cli, TextWithoutAPort) {
+    Run("hello\n", "--port /dev/vortelm-no-such-port");
+    const std::string caution =
+        "Caution ! Communication port used by other application ! Please select a different port \n";
+    // Start-up fails to open the port, the line fails at its first byte.
+    EXPECT_EQ(err, caution + caution);
+    EXPECT_EQ(out.rfind("\n*Port /dev/vortelm-no-such-port: No such file or directory\n", 0), 0u)
+        << out;
+    EXPECT_NE(out.find("\n-> SENDING: hello\n*Port /dev/vortelm-no-such-port: the port is not open\n"),
+              std::string::npos)
+        << out;
+    EXPECT_EQ(status, 1);
 }
 
 TEST_F(Cli, PendingRowSaysSo) {
