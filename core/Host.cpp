@@ -104,7 +104,7 @@ void Host::yield(std::optional<int64_t> untilUs) {
     if (n > 0) {
         for (size_t i = 0; i < fds.size(); ++i) {
             auto& cur = (*loop_).sources;
-            if ((fds[i].revents & (POLLIN | POLLHUP | POLLERR)) &&
+            if ((fds[i].revents & (POLLIN | POLLHUP | POLLERR | POLLNVAL)) &&
                 std::find(cur.begin(), cur.end(), owners[i]) != cur.end())
                 owners[i]->dispatch();
         }

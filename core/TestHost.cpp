@@ -47,7 +47,7 @@ void TestHost::yield(std::optional<int64_t> untilUs) {
     bool ready = false;
     if (!fds.empty() && ::poll(fds.data(), fds.size(), 0) > 0) {
         for (size_t i = 0; i < fds.size(); ++i) {
-            if (!(fds[i].revents & (POLLIN | POLLHUP | POLLERR))) continue;
+            if (!(fds[i].revents & (POLLIN | POLLHUP | POLLERR | POLLNVAL))) continue;
             if (std::find(sources_.begin(), sources_.end(), owners[i]) == sources_.end()) continue;
             owners[i]->dispatch();
             ready = true;

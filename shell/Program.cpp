@@ -21,6 +21,9 @@
 #ifndef VORTELM_SOURCE_DATA_DIR
 #define VORTELM_SOURCE_DATA_DIR ""
 #endif
+#ifndef VORTELM_BUILD_TREE
+#define VORTELM_BUILD_TREE ""
+#endif
 
 namespace fs = std::filesystem;
 
@@ -43,10 +46,22 @@ std::string DataHome(const std::string& home) {
     return std::string(h && *h ? h : ".") + "/.local/share/vortelm";
 }
 
+namespace {
+// True when the running program lies in the build tree it was built in.
+bool RunFromBuild() {
+    const std::string build = VORTELM_BUILD_TREE;
+    std::error_code ec;
+    const std::string self = fs::read_symlink("/proc/self/exe", ec).string();
+    return !build.empty() && !ec && self.rfind(build + "/", 0) == 0;
+}
+}  // namespace
+
 std::string DeliveredDataTree(const std::string& dataSource) {
     if (!dataSource.empty()) return HasControllerFile(dataSource) ? dataSource : std::string();
-    for (const std::string& candidate :
-         {std::string(VORTELM_INSTALL_DATA_DIR), std::string(VORTELM_SOURCE_DATA_DIR)})
+    std::string first = VORTELM_INSTALL_DATA_DIR;
+    std::string second = VORTELM_SOURCE_DATA_DIR;
+    if (RunFromBuild()) std::swap(first, second);
+    for (const std::string& candidate : {first, second})
         if (HasControllerFile(candidate)) return candidate;
     return {};
 }

@@ -35,7 +35,8 @@ struct ProgramOptions {
 
 // The delivered data tree: dataSource when given (if it holds mctypes.dat),
 // else the first of the install prefix's share/vortelm and the source
-// tree's data/ that holds mctypes.dat. Empty if none does.
+// tree's data/ that holds mctypes.dat; a program run from its build tree
+// looks at the source tree first. Empty if none does.
 [[nodiscard]] std::string DeliveredDataTree(const std::string& dataSource);
 
 class Program {

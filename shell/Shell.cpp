@@ -160,7 +160,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                 for (int i = 0; i < s.parsedParameterCount; ++i) {
                     const ParsedParameter& a = s.parsedParameters[i];
                     bool ok = false;
-                    std::string typeText = "string";
+                    std::string typeText;
                     std::string altText;
                     if (i < cmd.parameterCount) {
                         const ShellParameterRecord& p = cmd.parameters[i];

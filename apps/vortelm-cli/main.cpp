@@ -1,6 +1,7 @@
 // vortelm-cli: the headless front end. Start-up as the GUI does it, then
 // standard input line by line as the command box.
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -54,6 +55,8 @@ constexpr const char* kHelp =
 // the loop runs timers and the line's events.
 class StdinSource : public vortelm::EventSource {
 public:
+    // A closed standard input is an empty one.
+    StdinSource() : eof(::fcntl(STDIN_FILENO, F_GETFD) < 0) {}
     [[nodiscard]] int pollFd() const override { return eof ? -1 : STDIN_FILENO; }
     void dispatch() override {
         char buf[4096];
@@ -76,12 +79,13 @@ public:
         return true;
     }
     std::string pending;
-    bool eof = false;
+    bool eof;
 };
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    StdinSource input;  // before any file is opened: a closed descriptor 0 stays closed
     vortelm::shell::ProgramOptions options;
     bool answerYes = true;
     bool yesOrNoGiven = false;
@@ -142,7 +146,6 @@ int main(int argc, char** argv) {
     vortelm::shell::Program program(host, options);
     program.StartUp();
 
-    StdinSource input;
     host.addSource(input);
     int16_t last = 0;
     std::string line;

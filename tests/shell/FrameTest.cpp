@@ -369,9 +369,9 @@ TEST_F(Frame, AllBadArgumentsAreReported) {
 }
 
 TEST_F(Frame, DeclaredRangeIsNotChecked) {
-    // _delay 500 passes the frame; its row is not in this build yet.
-    EXPECT_EQ(Run("_delay 500"), ">_delay 500\r\n*ERROR: Command not available in this build\r\n");
-    EXPECT_EQ(result, RowId(0xC001));
+    // _delay 500 passes the frame although its declared range is 1-100.
+    EXPECT_EQ(Run("_delay 500", -1), "");
+    EXPECT_EQ(result, 0);
 }
 
 TEST_F(Frame, TooManyArguments) {
@@ -382,7 +382,7 @@ TEST_F(Frame, TooManyArguments) {
 }
 
 TEST_F(Frame, TabAfterTheWordWorksTabAfterACommaDoesNot) {
-    Run("_jmp\t10");
+    Run("_jmp\t10", -1);
     EXPECT_EQ(s.parsedParameterCount, 1);
     EXPECT_EQ(s.parsedParameters[0].text, "10");
     EXPECT_EQ(Run("_mov 10,\t5"),
@@ -391,10 +391,10 @@ TEST_F(Frame, TabAfterTheWordWorksTabAfterACommaDoesNot) {
 }
 
 TEST_F(Frame, EmptyArgumentIsZero) {
-    Run("_mov ,5");
+    EXPECT_EQ(Run("_mov ,5", -1), "");
+    EXPECT_EQ(result, 0);
     EXPECT_EQ(s.parsedParameters[0].isHex24, kTrue);
     EXPECT_EQ(s.parsedParameters[0].hex24, 0);
-    EXPECT_EQ(host.terminal, ">_mov ,5\r\n*ERROR: Command not available in this build\r\n");
 }
 
 TEST_F(Frame, UnknownWord) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "core/ProgramState.h"
@@ -54,6 +56,20 @@ TEST_F(Rows, HelpListsTheListedRowsByGroup) {
 TEST_F(Rows, TestRotatesAndShowsTheSecondResult) {
     EXPECT_EQ(Run("_test"), ">_test\r\n38F00A\r\n");
     EXPECT_EQ(result, 0);
+}
+
+TEST_F(Rows, TestResultReachesTheLog) {
+    const std::string dir = std::filesystem::temp_directory_path() / "vortelm-rows-log";
+    std::filesystem::create_directories(dir);
+    std::filesystem::remove(dir + "/LOG.TXT");
+    st->PATH_LOG = dir;
+    st->logEnabled = 1;
+    Run("_test");
+    std::ifstream f(dir + "/LOG.TXT", std::ios::binary);
+    const std::string log((std::istreambuf_iterator<char>(f)), {});
+    // Each text loses its trailing line end and is printed as one line.
+    EXPECT_EQ(log, ">_test\n38F00A\n");
+    std::filesystem::remove_all(dir);
 }
 
 TEST_F(Rows, QuitEndsTheProgram) {
