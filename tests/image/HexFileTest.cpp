@@ -139,7 +139,7 @@ TEST_F(HexFile, BadCharactersGiveFF) {
 }
 
 TEST_F(HexFile, LinearValueOf8000IsAnOverflow) {
-    WriteFile(path("load/o.hex"), ":020000048000FA\r\n");
+    WriteFile(path("load/o.hex"), ":0200000480007A\r\n");
     EXPECT_THROW(ReadHexFile(*st, path("load/o.hex")), RunTimeError);
     WriteFile(path("load/p.hex"), ":020000040101F8\r\n:0100000011EE\r\n");
     EXPECT_THROW(ReadHexFile(*st, path("load/p.hex")), RunTimeError);  // past the image
