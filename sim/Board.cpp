@@ -61,6 +61,7 @@ void Board::resetRegisters() {
     pendingDelay_ = 0;
     pendingRate_ = 0;
     driverInitialised_ = 0xFFFFFFFF;
+    afterCall_ = false;
 }
 
 void Board::powerOn() {
@@ -355,6 +356,14 @@ void Board::receive(uint8_t byte, bool clean, double hostRate, std::vector<Board
             mode_ = Mode::Monitor;
             return;
         case Mode::Monitor:
+            if (command_ == 0 && afterCall_ && byte == 0x00) {
+                // The zero a host may send behind a call's registers: the
+                // routine returned without taking it, the core does.
+                afterCall_ = false;
+                emit(out, wire::kHelperDone);
+                return;
+            }
+            afterCall_ = false;
             if (command_ == 0 && measures) {
                 // Idle: a zero byte means the host lost our rate; measure it again.
                 rate_ = hostRate;
@@ -654,6 +663,7 @@ void Board::doCall(std::vector<BoardByte>& out) {
     command_ = 0;
     ack2(out);
     if (helper) emit(out, wire::kHelperDone);
+    afterCall_ = !helper;
 }
 
 std::array<uint8_t, 8> Board::passwordAt(uint32_t buffer) const {
@@ -705,14 +715,14 @@ uint16_t Board::eraseSector(std::size_t unit, uint32_t sector) {
 uint16_t Board::eraseWordline(std::size_t unit, uint32_t address, uint32_t size) {
     const auto& def = model_.flash[unit];
     auto& st = flash_[unit];
-    if (size == 0) size = 128;
+    if (size == 0 || size > def.size) size = 128;
     const uint32_t start = address & ~(size - 1);
     if (start < def.first || start - def.first >= def.size) return 2;
     if (st.protectedUnit || (def.internal && protLevel_ >= 2)) return 4;
     const int sector = sectorOf(unit, start);
     if (sector >= 0 && st.locked[static_cast<std::size_t>(sector)]) return 4;
-    const uint32_t end = std::min(start - def.first + size, def.size);
-    std::fill(st.data.begin() + (start - def.first), st.data.begin() + end, def.blank);
+    const auto end = static_cast<std::size_t>(std::min<uint64_t>(uint64_t{start - def.first} + size, def.size));
+    std::fill(st.data.begin() + (start - def.first), st.data.begin() + static_cast<std::ptrdiff_t>(end), def.blank);
     pendingDelay_ += times_.eraseWordlineUs;
     return 0;
 }

@@ -153,6 +153,7 @@ private:
     uint8_t command_ = 0;
     bool inData_ = false;        // block write: taking the data
     bool helperZero_ = false;    // call of a helper: taking the trailing zero
+    bool afterCall_ = false;     // a call returned; a zero now is its trailing byte
     uint8_t checksum_ = 0;
     uint32_t commands_ = 0;
     bool wrongAck_ = false;

@@ -42,10 +42,18 @@ bool Line::hit(FaultKind kind) {
     return h;
 }
 
-void Line::deliver(double t, uint8_t b) {
+void Line::deliver(double t, uint8_t b, bool fromBoard) {
     auto it = toHost_.end();
     while (it != toHost_.begin() && std::prev(it)->t > t) --it;
-    toHost_.insert(it, Timed{t, b});
+    toHost_.insert(it, Timed{t, b, fromBoard});
+}
+
+void Line::boardReset(int64_t now) {
+    advance(now);
+    const double n = static_cast<double>(now);
+    std::erase_if(toHost_, [n](const Timed& x) { return x.fromBoard && x.t > n; });
+    boardLineFree_ = std::min(boardLineFree_, n);
+    boardBusyUntil_ = std::min(boardBusyUntil_, n);
 }
 
 void Line::hostWrite(std::span<const uint8_t> bytes, int64_t now) {
@@ -53,8 +61,8 @@ void Line::hostWrite(std::span<const uint8_t> bytes, int64_t now) {
     double t = std::max(static_cast<double>(now), hostLineFree_);
     for (uint8_t b : bytes) {
         t += byteTime(hostRate_);
-        toBoard_.push_back({t, b});
-        if (options_.kline) deliver(t, b);  // the one-wire adapter hears itself
+        toBoard_.push_back({t, b, false});
+        if (options_.kline) deliver(t, b, false);  // the one-wire adapter hears itself
     }
     hostLineFree_ = t;
     advance(now);
@@ -91,7 +99,7 @@ void Line::schedule(const std::vector<BoardByte>& out, double t, bool reply) {
         if (hit(FaultKind::Flip)) v = static_cast<uint8_t>(v ^ (1u << (rng_() % 8)));
         const bool dropped = hit(FaultKind::Drop);
         trace(start, dropped ? "B>H(lost)" : "B>H", v);
-        if (!dropped) deliver(start, v);
+        if (!dropped) deliver(start, v, true);
         if (b.newRate > 0) txRate = b.newRate;
     }
     boardLineFree_ = start;

@@ -51,6 +51,8 @@ public:
     void boardSend(std::span<const uint8_t> bytes, int64_t now);
     // Runs everything due up to `now`.
     void advance(int64_t now);
+    // The board was reset: what it had not sent yet is lost.
+    void boardReset(int64_t now);
 
     [[nodiscard]] Board& board() { return board_; }
 
@@ -58,11 +60,12 @@ private:
     struct Timed {
         double t;
         uint8_t byte;
+        bool fromBoard;
     };
     [[nodiscard]] double byteTime(double rate) const { return options_.pace ? 10e6 / rate : 0.0; }
     [[nodiscard]] bool ratesAgree() const;
     void schedule(const std::vector<BoardByte>& out, double t, bool reply);
-    void deliver(double t, uint8_t b);
+    void deliver(double t, uint8_t b, bool fromBoard);
     void trace(double t, const char* dir, uint8_t b);
     [[nodiscard]] bool hit(FaultKind kind);
 

@@ -49,7 +49,10 @@ public:
     channel::Control setRts(bool on) override {
         if (!usable()) return channel::Control::Failed;
         line_.advance(clock_());
-        if (on && !rts_) board_.holdReset();
+        if (on && !rts_) {
+            board_.holdReset();
+            line_.boardReset(clock_());
+        }
         if (!on && rts_) board_.release(dtr_);
         rts_ = on;
         return channel::Control::Ok;

@@ -242,8 +242,10 @@ int main(int argc, char** argv) {
                     stdinBuf.erase(0, nl + 1);
                     if (!cmd.empty() && cmd.back() == '\r') cmd.pop_back();
                     if (cmd == "reset") {
+                        line.boardReset(now);
                         board.powerOn();
                     } else if (cmd == "reset run") {
+                        line.boardReset(now);
                         board.runApplication();
                     } else if (cmd.rfind("print ", 0) == 0 || cmd == "print") {
                         std::string text = cmd.size() > 6 ? cmd.substr(6) : std::string{};

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -148,6 +149,21 @@ TEST(Data, DeliveredImagesEqualTheGeneratorsOutput) {
         EXPECT_EQ(simtest::ReadFile(simtest::DataDir() + "/" + image.file), ToIntelHex(image.address, image.bytes))
             << image.file << ": run vortelm-sim-images data";
     }
+}
+
+TEST(Data, TheImageProgramWritesTheDeliveredFiles) {
+    const std::string dir = std::string(VORTELM_BINARY_DIR) + "/sim-images-test";
+    std::filesystem::remove_all(dir);
+    const std::string cmd = std::string(VORTELM_SIM_IMAGES) + " " + dir + " > /dev/null";
+    ASSERT_EQ(std::system(cmd.c_str()), 0);
+    std::size_t files = 0;
+    for (const auto& e : std::filesystem::recursive_directory_iterator(dir)) {
+        if (!e.is_regular_file()) continue;
+        ++files;
+        const std::string rel = std::filesystem::relative(e.path(), dir).string();
+        EXPECT_EQ(simtest::ReadFile(e.path().string()), simtest::ReadFile(simtest::DataDir() + "/" + rel)) << rel;
+    }
+    EXPECT_EQ(files, DeliveredImages().size());
 }
 
 TEST(Data, ControllersMatchTheBoardModels) {

@@ -197,4 +197,13 @@ TEST(Monitor, PlainCallReturnsRegistersUnchanged) {
     ASSERT_TRUE(c.call(0x100000, r));
     EXPECT_EQ(r, (std::array<uint16_t, 8>{1, 2, 3, 4, 5, 6, 7, 8}));
     EXPECT_EQ(c.readWord(0xFC00 + 2 * 15), 8);  // R15 in the register bank
+    // with the trailing zero: the core takes it and answers one byte
+    int extra = -1;
+    ASSERT_TRUE(c.call(0x100000, r, true, &extra));
+    EXPECT_EQ(extra, 0x01);
+    EXPECT_TRUE(c.drain().empty());
+    EXPECT_TRUE(c.simple(0x93));
+    // a zero later on is the host autobauding again
+    c.send1(0x00);
+    EXPECT_EQ(c.recv(2), (std::vector<uint8_t>{0x04, 0x03}));
 }
