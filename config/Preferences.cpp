@@ -331,10 +331,10 @@ void SetDefaultPreferences(ProgramState& st) {
     st.MCTYPE = "ALD7RK_BB";
     st.CLK = 20000000;
     st.EINIT = 0;
-    const std::string drive = st.programFolder.substr(0, 1);
+    SetProgramFolderDefaults(st);  // paths, and drive, folder and type of the file memos
     for (int i = 0; i <= 9; ++i) {
-        st.LoadFileMemos[i] = FileMemo{drive, st.programFolder, "", 0};
-        st.SaveFileMemos[i] = FileMemo{drive, st.programFolder, "", 0};
+        st.LoadFileMemos[i].name.clear();
+        st.SaveFileMemos[i].name.clear();
     }
     st.saveFile = FileMemo{"C", "C:", "test.hex", 0};
     st.SAVEFORMAT = 20;
@@ -345,7 +345,6 @@ void SetDefaultPreferences(ProgramState& st) {
     st.saveAddressesFromPreferences = 0;
     for (auto& s : st.lastScriptFiles) s.clear();
     for (auto& u : st.userScripts) u = UserScript{};
-    st.PATH_LOAD = st.PATH_SAVE = st.PATH_SCRIPT = st.PATH_LOG = st.programFolder;
     st.codes = MessageCodes{};
     st.logEnabled = 0;
     st.logFileName = "LOG.TXT";

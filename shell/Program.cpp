@@ -4,11 +4,14 @@
 #include <filesystem>
 #include <system_error>
 
+#include "config/Kernels.h"
+#include "config/Startup.h"
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
 #include "image/Dump.h"
 #include "link/ComPort.h"
+#include "sfr/SfrSets.h"
 #include "shell/CommandBox.h"
 #include "shell/Shell.h"
 
@@ -145,20 +148,22 @@ void Program::StepResetTables() {
     st.sfrCount = 0;
     st.IdRegisterAddresses = {0xF07E, 0xF07C, 0xF07A, 0xF078, 0xF076, 0xF070};
     st.logFileName = "LOG.TXT";
-    // The feature name list and the SFR sets are reset by their own parts
-    // of the configuration once they are in the build.
+    InitFeatureNames(st);
+    ClearSfrSets(st);
     st.variables.fill(0);
     st.host->progress(20, 100);
 }
 
-// 5. mctypes.dat and kernel.dat from the program folder. The readers of
-// controller types and kernels hook in here.
-void Program::StepReadDataFiles() { st_->host->progress(30, 100); }
+// 5. mctypes.dat and kernel.dat from the program folder.
+void Program::StepReadDataFiles() {
+    ReadDataFiles(*st_);
+    st_->host->progress(30, 100);
+}
 
-// 6. default.ini from the program folder. Until the preference reader is in
-// the build, only the values that hang on the program folder are set.
+// 6. default.ini from the program folder (its defaults first, whether the
+// file is there or not).
 void Program::StepReadPreferences() {
-    SetProgramFolderDefaults(*st_);
+    ReadDefaultPreferences(*st_);
     st_->host->progress(50, 100);
 }
 
@@ -231,8 +236,7 @@ int16_t Program::RunCommandBoxLine(std::string_view line) {
 
 void Program::ShutDownProgram() {
     // The channel stays as it is: the end of the process closes it.
-    // kernel.dat and default.ini are written here once their writers are in
-    // the build.
+    WriteConfigurationFiles(*st_);
     quit_ = true;
 }
 
