@@ -24,9 +24,13 @@ const Kernel& Boot::kernel() const {
 }
 
 void Boot::readImage(const std::string& name) {
-    if (reader_) {
+    st_.selections.count = 0;
+    if (!reader_) return;
+    try {
         reader_(st_, ResolveInProgramFolder(st_, name));
-    } else {
+    } catch (const RunTimeError& e) {
+        // The reader's own report; the sequence goes on with an empty image.
+        Text2Buffer(st_, std::string("\r\n*ERROR: ") + e.what());
         st_.selections.count = 0;
     }
 }

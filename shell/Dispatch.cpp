@@ -11,12 +11,13 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 5> kLists{
+constexpr std::array<ListFn, 6> kLists{
     &FrameRows,
     &FileRows,
     &HexEditorRows,
     &SelectionRows,
     &TerminalRows,
+    &TargetRows,
 };
 
 }  // namespace

@@ -10,8 +10,10 @@
 #include "core/RunTimeError.h"
 #include "core/Text.h"
 #include "image/Dump.h"
+#include "image/HexFile.h"
 #include "link/ComPort.h"
 #include "sfr/SfrSets.h"
+#include "target/Target.h"
 #include "shell/CommandBox.h"
 #include "shell/Shell.h"
 
@@ -76,10 +78,13 @@ Program::Program(Host& host, ProgramOptions options)
     st_->portOverride = options_.portOverride;
     port_ = std::make_unique<link::ComPort>(*st_);
     session_->port = port_.get();
+    target_ = std::make_unique<target::Target>(
+        *st_, *port_, [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
+    session_->target = target_.get();
     session_->shutDown = [this] { ShutDownProgram(); };
 }
 
-Program::~Program() = default;
+Program::~Program() { target::DisableConnectionCheck(*target_); }
 
 std::string Program::VersionText() { return VORTELM_VERSION; }
 
@@ -180,6 +185,8 @@ void Program::StepInitialiseForms() {
     // The serial settings are taken and the port opened here, so that the
     // status of step 9 shows them and start-up scripts find the port open.
     port_->get_preferences();
+    // The connection check ticks from here on; it tests only a connected target.
+    target::EnableConnectionCheck(*target_);
     st_->host->progress(80, 100);
 }
 

@@ -16,6 +16,9 @@
 namespace vortelm::link {
 class ComPort;
 }
+namespace vortelm::target {
+struct Target;
+}
 
 namespace vortelm::shell {
 
@@ -95,6 +98,7 @@ private:
     std::unique_ptr<ProgramState> st_;
     std::unique_ptr<Session> session_;
     std::unique_ptr<link::ComPort> port_;
+    std::unique_ptr<target::Target> target_;
     bool quit_ = false;
 };
 

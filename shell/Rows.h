@@ -17,6 +17,9 @@ namespace vortelm::shell {
 struct RowResult {
     int16_t status = 0;
     bool failed = false;
+    // Added to the line's result (the checksum rows lower a bad width's
+    // result by a further amount).
+    int32_t adjust = 0;
 };
 
 using RowFn = RowResult (*)(Session&);
@@ -38,6 +41,7 @@ std::span<const RowBinding> FileRows();       // group 2 (Rows_Files.cpp)
 std::span<const RowBinding> HexEditorRows();  // group 3 (Rows_HexEditor.cpp)
 std::span<const RowBinding> SelectionRows();  // group 4 (Rows_Selection.cpp)
 std::span<const RowBinding> TerminalRows();  // _send, _sendfile, _setp, _openport (Rows_Terminal.cpp)
+std::span<const RowBinding> TargetRows();     // groups 5 to 8 and 14, the target (Rows_Target.cpp)
 
 // The binding of an id, or nullptr when its operation is not in this build.
 [[nodiscard]] RowFn FindRow(int32_t id);

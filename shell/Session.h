@@ -14,6 +14,9 @@
 namespace vortelm::link {
 class ComPort;
 }
+namespace vortelm::target {
+struct Target;
+}
 
 namespace vortelm::shell {
 
@@ -78,6 +81,10 @@ struct Session {
 
     // The serial channel, once the link is wired (null in tests that need none).
     link::ComPort* port = nullptr;
+
+    // The target operations (connection, transfers) over that channel, once
+    // wired; the target rows need it.
+    target::Target* target = nullptr;
 
     // Ends the program (the _quit row): set by the program.
     std::function<void()> shutDown;

@@ -184,6 +184,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                         const RowResult r = fn(s);
                         status = r.status;
                         if (r.failed) extra = cmd.id;
+                        extra += r.adjust;
                     } else {
                         Say(st, "*ERROR: Command not available in this build");
                         extra = cmd.id;

@@ -100,7 +100,8 @@ int connect(Target& t, int prompt) {
         // A connect always leaves an empty list: the kernel images'
         // selections go.
         st.selections.count = 0;
-    } catch (const RunTimeError&) {
+    } catch (const RunTimeError& e) {
+        Text2Buffer(st, std::string("\r\n*ERROR: ") + e.what());
         st.host->messageBox(kCaution, MsgButtons::Ok, MsgIcon::None);
     }
     st.host->setBusy(false);

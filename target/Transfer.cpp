@@ -3,6 +3,7 @@
 
 #include "core/Helpers.h"
 #include "core/Host.h"
+#include "core/RunTimeError.h"
 #include "core/Text.h"
 #include "link/ComPort.h"
 #include "link/DumpIo.h"

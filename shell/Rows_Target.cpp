@@ -1,0 +1,254 @@
+// Rows of the target groups: connection, transfers, word access, execution,
+// the protection level and the checksums over the selections.
+
+#include "core/Helpers.h"
+#include "core/Text.h"
+#include "image/Dump.h"
+#include "link/ComPort.h"
+#include "link/Monitor.h"
+#include "shell/ImageRowArgs.h"
+#include "shell/Rows.h"
+#include "target/Target.h"
+
+namespace vortelm::shell {
+
+namespace {
+
+using namespace rowargs;
+
+constexpr RowResult kIllegal{-2, false};
+constexpr RowResult kNoKernelFeature{-5, false};
+
+RowResult Passed(int32_t result) { return {0, result != 0}; }
+
+// The target rows need the wired channel; a session without one reports as
+// an unconnected target does.
+target::Target* TargetOf(Session& s) {
+    if (s.target == nullptr) Text2Buffer(s.st, "\r\n*ERROR: Not Connected to Target");
+    return s.target;
+}
+
+// The address of a register of that name, or -1.
+int32_t SfrAddress(const ProgramState& st, std::string_view name) {
+    const std::string wanted = UpperCase(name);
+    const int32_t n = std::min<int32_t>(st.sfrCount, static_cast<int32_t>(st.sfrTable.size()));
+    for (int32_t i = 0; i < n; ++i)
+        if (UpperCase(st.sfrTable[static_cast<size_t>(i)].name) == wanted)
+            return st.sfrTable[static_cast<size_t>(i)].address;
+    return -1;
+}
+
+void StoreWord(ProgramState& st, int32_t address, int32_t value) {
+    for (int32_t i = 0; i < 2; ++i) {
+        SetDefined(st.dump, address + i, kTrue);
+        SetValid(st.dump, address + i, kTrue);
+        WriteDumpByte(st.dump, address + i, static_cast<uint8_t>((value >> (8 * i)) & 0xFF));
+    }
+}
+
+RowResult Connect(Session& s) {
+    int prompt = 1;
+    if (s.parsedParameterCount >= 1) {
+        if (UpperCase(s.parsedParameters[0].text) != "NOPROMPT") return kIllegal;
+        prompt = 0;
+    }
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    const int r = target::connect(*t, prompt);
+    if (r == 0) s.st.host->refreshStatus();
+    return Passed(r);
+}
+
+RowResult Reconnect(Session& s) {
+    auto* t = TargetOf(s);
+    return t ? Passed(target::reconnect(*t)) : RowResult{0, true};
+}
+
+RowResult Disconnect(Session& s) {
+    auto* t = TargetOf(s);
+    return t ? Passed(target::disconnect(*t)) : RowResult{0, true};
+}
+
+RowResult Download(Session& s) {
+    auto* t = TargetOf(s);
+    return t ? Passed(target::download(*t)) : RowResult{0, true};
+}
+
+RowResult Upload(Session& s) {
+    int32_t index = -1;
+    if (s.parsedParameterCount >= 1) {
+        index = ByVariableOrDecimal(s, 0);
+        if (index < 0) return kIllegal;
+    }
+    auto* t = TargetOf(s);
+    return t ? Passed(target::upload(*t, index)) : RowResult{0, true};
+}
+
+RowResult Compare(Session& s) {
+    std::string name;
+    if (s.parsedParameterCount >= 1) name = s.parsedParameters[0].text;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    // A count of differing bytes is a result, not a failure.
+    return {0, target::compare(*t, name) < 0};
+}
+
+RowResult Mov(Session& s) {
+    int32_t address = HexValue(s.parsedParameters[0].text);
+    if (address < 0) address = SfrAddress(s.st, s.parsedParameters[0].text);
+    const int32_t value = HexValue(s.parsedParameters[1].text);
+    if (address < 0 || value < 0) return kIllegal;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    StoreWord(s.st, address, value);
+    return Passed(link::Monitor(s.st, t->port).Cmd_WriteWord(address, value));
+}
+
+RowResult MovSeq(Session& s) {
+    if (!link::KernelHasFeature(s.st, "WRITESEQ")) return kNoKernelFeature;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    // A last lone address is dropped.
+    const int32_t pairs = s.parsedParameterCount / 2;
+    const int32_t buffer = s.st.TRANSFERBUFFERSTARTADDRESS;
+    for (int32_t i = 0; i < pairs; ++i) {
+        const int32_t address = HexValue(s.parsedParameters[static_cast<size_t>(2 * i)].text);
+        const int32_t data = HexValue(s.parsedParameters[static_cast<size_t>(2 * i + 1)].text);
+        const std::array<uint8_t, 6> entry{
+            static_cast<uint8_t>(address & 0xFF), static_cast<uint8_t>((address >> 8) & 0xFF),
+            static_cast<uint8_t>((address >> 16) & 0xFF), 0,
+            static_cast<uint8_t>(data & 0xFF), static_cast<uint8_t>((data >> 8) & 0xFF)};
+        for (int32_t j = 0; j < 6; ++j) {
+            const int32_t a = buffer + 6 * i + j;
+            WriteDumpByte(s.st.dump, a, entry[static_cast<size_t>(j)]);
+            SetDefined(s.st.dump, a, kTrue);
+            SetValid(s.st.dump, a, kTrue);
+        }
+    }
+    link::Monitor mon(s.st, t->port);
+    if (mon.Cmd_Write(buffer, pairs * 6) != 0) return {0, true};
+    return Passed(mon.Cmd_WriteWordSequence(buffer, pairs));
+}
+
+RowResult W16(Session& s) {
+    const int32_t address = ByVariableOrHex(s, 0);
+    const int32_t data = ByVariableOrHex(s, 1);
+    if (address < 0 || data < 0) return kIllegal;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    return Passed(link::Monitor(s.st, t->port).Cmd_WriteWord(address, data));
+}
+
+RowResult R16(Session& s) {
+    const int32_t address = ByVariableOrHex(s, 0);
+    if (address < 0) return kIllegal;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    link::Monitor mon(s.st, t->port);
+    if (s.parsedParameterCount >= 2) {
+        // the value goes to the variable as it comes, failure codes included
+        const int32_t var = s.parsedParameters[1].variable;
+        CheckBound(var, static_cast<long long>(s.st.variables.size()) - 1, "variables");
+        s.st.variables[static_cast<size_t>(var)] = mon.Cmd_ReadWord_Value(address);
+        return {0, false};
+    }
+    const int16_t r = mon.Cmd_ReadWord(address);
+    const int32_t word = ReadDumpByte(s.st.dump, address) + ReadDumpByte(s.st.dump, address + 1) * 256;
+    if (r == 0) Text2Buffer(s.st, "\r\n*" + HexText(address, 6) + ": " + HexText(word, 4));
+    return Passed(r);
+}
+
+RowResult U16(Session& s) {
+    const int32_t from = ByVariableOrHex(s, 0);
+    const int32_t to = ByVariableOrHex(s, 1);
+    if (from < 0 || to < 0) return kIllegal;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    const int32_t value = link::Monitor(s.st, t->port).Cmd_ReadWord_Value(from);
+    if (value < 0) return {-3, false};
+    StoreWord(s.st, to, value);
+    return {0, false};
+}
+
+RowResult D16(Session& s) {
+    const int32_t from = ByVariableOrHex(s, 0);
+    const int32_t to = ByVariableOrHex(s, 1);
+    if (from < 0 || to < 0) return kIllegal;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    const int32_t word = ReadDumpByte(s.st.dump, from) + ReadDumpByte(s.st.dump, from + 1) * 256;
+    return Passed(link::Monitor(s.st, t->port).Cmd_WriteWord(to, word));
+}
+
+// A user program runs from now on.
+RowResult Running(Session& s, int16_t r) {
+    if (r == 0) {
+        s.st.ConnectionState = 2;
+        s.st.host->refreshStatus();
+    }
+    return Passed(r);
+}
+
+RowResult Srst(Session& s) {
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    return Running(s, link::Monitor(s.st, t->port).Cmd_Swreset());
+}
+
+RowResult Jmp(Session& s) {
+    const int32_t address = HexValue(s.parsedParameters[0].text);
+    if (address < 0) return kIllegal;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    return Running(s, link::Monitor(s.st, t->port).Cmd_Jmp(address));
+}
+
+RowResult Einit(Session& s) {
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    return Passed(link::Monitor(s.st, t->port).Cmd_Einit());
+}
+
+RowResult SetProtection(Session& s) {
+    if (!link::KernelHasFeature(s.st, "SETPROTECTION")) return kNoKernelFeature;
+    const int32_t level = HexValue(s.parsedParameters[0].text);
+    const int32_t password = HexValue(s.parsedParameters[1].text);
+    const int32_t newPassword = s.parsedParameterCount >= 3 ? HexValue(s.parsedParameters[2].text) : 0;
+    auto* t = TargetOf(s);
+    if (t == nullptr) return {0, true};
+    return Passed(link::Monitor(s.st, t->port).Cmd_SetProtection(password, level, newPassword));
+}
+
+// 8 and 16 bits give widths 1 and 2; 0 for any other.
+int WidthOf(Session& s) {
+    const int32_t bits = Decimal(s, 0);
+    return bits == 8 ? 1 : bits == 16 ? 2 : 0;
+}
+
+RowResult XorChecksum(Session& s) {
+    const int width = WidthOf(s);
+    if (width == 0) return {-2, false, -23};
+    return Passed(target::xorChecksum(s.st, width));
+}
+
+RowResult AddcChecksum(Session& s) {
+    const int width = WidthOf(s);
+    if (width == 0) return {-2, false, -24};
+    const int32_t lastCarry = s.parsedParameterCount >= 2 ? Decimal(s, 1) : 0;
+    return Passed(target::addcChecksum(s.st, width, lastCarry));
+}
+
+constexpr RowBinding kRows[] = {
+    {RowId(0x5001), &Connect},     {RowId(0x5002), &Reconnect},     {RowId(0x5003), &Disconnect},
+    {RowId(0x6001), &Download},    {RowId(0x6002), &Upload},        {RowId(0x6003), &Compare},
+    {RowId(0x6004), &Mov},         {RowId(0x6005), &MovSeq},        {RowId(0x6006), &R16},
+    {RowId(0x6007), &W16},         {RowId(0x6008), &U16},           {RowId(0x6009), &D16},
+    {RowId(0x7001), &Srst},        {RowId(0x7002), &Jmp},           {RowId(0x8001), &Einit},
+    {RowId(0x8003), &SetProtection}, {RowId(0xE002), &XorChecksum}, {RowId(0xE003), &AddcChecksum},
+};
+
+}  // namespace
+
+std::span<const RowBinding> TargetRows() { return kRows; }
+
+}  // namespace vortelm::shell

@@ -1,0 +1,227 @@
+// The whole job end to end: vortelm-cli with a fresh data home against the
+// in-process board, for each family and way of connecting.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <string>
+
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Family {
+    const char* mctype;
+    const char* kernel;
+    const char* klineKernel;
+    int image;  // where a 512-byte image lies in the board's RAM, clear of the core
+    int32_t relocateTo;
+    int32_t oldCore;  // the kernel's own start address
+};
+
+// 16 bytes at the address of the record, with the record's checksum.
+std::string HexRecord(int address, int seed) {
+    std::ostringstream s;
+    int sum = 16 + (address >> 8) + (address & 0xFF);
+    char buf[16];
+    std::snprintf(buf, sizeof buf, ":10%04X00", address & 0xFFFF);
+    s << buf;
+    for (int i = 0; i < 16; ++i) {
+        const int b = (seed + i * 13) & 0xFF;
+        sum += b;
+        std::snprintf(buf, sizeof buf, "%02X", b);
+        s << buf;
+    }
+    std::snprintf(buf, sizeof buf, "%02X", (-sum) & 0xFF);
+    s << buf << "\n";
+    return s.str();
+}
+
+class Cli : public ::testing::Test {
+protected:
+    void SetUp() override {
+        home = fs::temp_directory_path() /
+               ("vortelm-cli-" + std::to_string(::getpid()) + "-" +
+                ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(home);
+        fs::create_directories(home);
+        fs::copy(fs::path(VORTELM_SOURCE_DIR) / "data", home, fs::copy_options::recursive);
+    }
+    void TearDown() override { fs::remove_all(home); }
+
+    // Sets keys of default.ini (the first line that begins with the key).
+    void setPreference(const std::string& key, const std::string& value) {
+        editFile(home / "default.ini", key, value);
+    }
+    void editFile(const fs::path& p, const std::string& key, const std::string& value) {
+        std::ifstream in(p);
+        std::stringstream out;
+        std::string line;
+        bool done = false;
+        while (std::getline(in, line)) {
+            if (!done && line.rfind(key, 0) == 0) {
+                line = key + value;
+                done = true;
+            }
+            out << line << "\n";
+        }
+        ASSERT_TRUE(done) << key;
+        std::ofstream(p) << out.str();
+    }
+    void writeImage(const std::string& name, int address, int records) {
+        std::ofstream f(home / name);
+        for (int r = 0; r < records; ++r) f << HexRecord(address + 16 * r, r * 5 + 1);
+        f << ":00000001FF\n";
+    }
+
+    // Runs the CLI with the lines on standard input; the running text.
+    std::string run(const std::string& port, const std::string& lines) {
+        const fs::path in = home / "input.txt";
+        std::ofstream(in) << lines;
+        const std::string cmd = std::string(VORTELM_BINARY_DIR) + "/apps/vortelm-cli/vortelm-cli --home '" +
+                                home.string() + "' --port '" + port + "' < '" + in.string() + "' 2>&1";
+        std::string out;
+        if (FILE* p = ::popen(cmd.c_str(), "r")) {
+            std::array<char, 4096> buf{};
+            size_t n = 0;
+            while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
+            status = ::pclose(p);
+        }
+        return out;
+    }
+
+    void family(const Family& f, bool kline) {
+        setPreference("MCTYPE=", f.mctype);
+        setPreference("KERNEL=", kline ? f.klineKernel : f.kernel);
+        setPreference("KLINE=", kline ? "1" : "0");
+    }
+
+    std::string mainJob(const std::string& port) {
+        return run(port, "_connect NOPROMPT\n_load x.hex\n_download\n_clearmemory\n_upload\n_compare\n");
+    }
+
+    fs::path home;
+    int status = -1;
+};
+
+const Family kFamilies[] = {
+    {"ALD7RK_BB", "ALD4_DEFAULT", "ALD4_KLINE", 0xFA00, 0xFB00, 0xF600},
+    {"ZTA9Y_BB", "ZTA9Y_DEFAULT", "ZTA9Y_KLINE", 0xC000, 0xC000, 0xE000},
+    {"ZT7000_BB", "ZT7000_DEFAULT", "ZT7000_KLINE", 0xA000, 0xA000, 0xC000},
+};
+
+void ExpectMainJob(const std::string& out) {
+    EXPECT_NE(out.find("*Vortelm successfully launched"), std::string::npos) << out;
+    EXPECT_NE(out.find("*Comparison:  512 Bytes OK -  0 Bytes different"), std::string::npos) << out;
+    EXPECT_EQ(out.find("*ERROR"), std::string::npos) << out;
+}
+
+TEST_F(Cli, MainJobOnEachFamily) {
+    for (const Family& f : kFamilies) {
+        SCOPED_TRACE(f.mctype);
+        family(f, false);
+        writeImage("x.hex", f.image, 32);
+        ExpectMainJob(mainJob("sim:"));
+    }
+}
+
+TEST_F(Cli, MainJobOnKLine) {
+    for (const Family& f : kFamilies) {
+        SCOPED_TRACE(f.mctype);
+        family(f, true);
+        writeImage("x.hex", f.image, 32);
+        ExpectMainJob(mainJob("sim:?kline=1"));
+    }
+}
+
+TEST_F(Cli, WithoutLoaderAcknowledge) {
+    // a kernel whose loader does not acknowledge: the board's K-Line-less
+    // loader without the flag is not delivered, so the kernel record says
+    // no acknowledge and the acknowledge the board sends stays in the line
+    // until the core's acknowledge is read: the connect must still judge by
+    // the core's byte.
+    family(kFamilies[0], false);
+    editFile(home / "kernel.dat", "LOADERACK(0)=", "FALSE");
+    const std::string out = run("sim:", "_connect NOPROMPT\n");
+    EXPECT_EQ(out.find("LoaderACK"), std::string::npos) << out;
+}
+
+TEST_F(Cli, Relocated) {
+    for (const Family& f : kFamilies) {
+        SCOPED_TRACE(f.mctype);
+        family(f, false);
+        const int index = static_cast<int>(&f - kFamilies) * 2;
+        char value[16];
+        std::snprintf(value, sizeof value, "%06X", f.relocateTo);
+        editFile(home / "kernel.dat", "PATCHSTARTADDRESS(" + std::to_string(index) + ")=", value);
+        // the core's old place is free once it runs elsewhere
+        writeImage("x.hex", f.oldCore, 16);
+        const std::string out = run("sim:", "_connect NOPROMPT\n_load x.hex\n_download\n_clearmemory\n_upload\n_compare\n");
+        EXPECT_NE(out.find("*Vortelm successfully launched"), std::string::npos) << out;
+        EXPECT_EQ(out.find("*ERROR"), std::string::npos) << out;
+        EXPECT_NE(out.find("*Comparison:  256 Bytes OK -  0 Bytes different"), std::string::npos) << out;
+    }
+}
+
+TEST_F(Cli, SecondConnectTakesTheAutobaudPath) {
+    family(kFamilies[1], false);
+    const std::string out = run("sim:", "_connect NOPROMPT\n_connect NOPROMPT\n");
+    EXPECT_NE(out.find("*Autobauding Vortelm detected"), std::string::npos) << out;
+    // the second connect sends no image: one set of acknowledge lines only
+    EXPECT_EQ(out.find("*RECEIVE - Vortelm ACK"), out.rfind("*RECEIVE - Vortelm ACK")) << out;
+    EXPECT_EQ(out.find("*Vortelm successfully launched"), out.find("*Vortelm successfully launched")) << out;
+    EXPECT_NE(out.rfind("*Vortelm successfully launched"), out.find("*Vortelm successfully launched")) << out;
+}
+
+TEST_F(Cli, NoBoardAnswering) {
+    family(kFamilies[0], false);
+    // every byte the board sends is lost: nothing answers the init byte
+    const std::string out = run("sim:?fault=drop%100", "_connect NOPROMPT\n_download\n");
+    EXPECT_NE(out.find("*send Byte  0+ Loader + VortelmCore"), std::string::npos) << out;
+    EXPECT_EQ(out.find("*RECEIVE"), std::string::npos) << out;
+    EXPECT_EQ(out.find("*Vortelm successfully launched"), std::string::npos) << out;
+    EXPECT_NE(out.find("*ERROR: Not Connected to Target"), std::string::npos) << out;
+}
+
+TEST_F(Cli, CoreOverwriteIsRefused) {
+    family(kFamilies[0], false);
+    writeImage("x.hex", 0xF000, 0x70);  // F000..F6FF: the third burst touches the core at F600
+    const std::string out = run("sim:", "_connect NOPROMPT\n_load x.hex\n_download\n");
+    EXPECT_NE(out.find("*Download:  1024 bytes"), std::string::npos) << out;
+    EXPECT_EQ(out.find("*Download:  2048 bytes"), std::string::npos) << out;
+    EXPECT_NE(out.find("*ERROR: download not successful"), std::string::npos) << out;
+}
+
+TEST_F(Cli, FaultsNeverGiveAFalseSuccess) {
+    family(kFamilies[0], false);
+    writeImage("x.hex", 0xE000, 64);
+    for (const char* fault : {"drop@200", "flip@300", "wrongack@3", "die@3", "reset@3", "hangup@3"}) {
+        SCOPED_TRACE(fault);
+        const std::string out =
+            run(std::string("sim:?fault=") + fault, "_connect NOPROMPT\n_load x.hex\n_download\n_upload\n_compare\n");
+        // every fault is noticed and named by an error word of the step it hit
+        const bool error = out.find("*ERROR: download not successful") != std::string::npos ||
+                           out.find("*ERROR: no data received") != std::string::npos ||
+                           out.find("*ERROR: Not Connected to Target") != std::string::npos;
+        EXPECT_TRUE(error) << out;
+        // a step that reported an error never also reports its success
+        if (out.find("*ERROR: no data received while comparing") != std::string::npos) {
+            EXPECT_EQ(out.find("*Comparison: "), std::string::npos) << out;
+        }
+    }
+}
+
+TEST_F(Cli, ConnectFooIsIllegalAndSendsNothing) {
+    const std::string out = run("sim:", "_connect FOO\n");
+    EXPECT_NE(out.find("*ERROR: Illegal parameters"), std::string::npos) << out;
+    EXPECT_EQ(out.find("*send Byte"), std::string::npos) << out;
+}
+
+}  // namespace
