@@ -28,7 +28,6 @@
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
-#include "image/HexFile.h"
 #include "link/ComPort.h"
 #include "shell/Program.h"
 #include "target/Target.h"
@@ -200,8 +199,6 @@ FVortElm::FVortElm(shell::Program& program, QtHost& host)
     : program_(program), st_(program.state()), host_(host) {
     setObjectName(QStringLiteral("FVortElm"));
     setWindowTitle(QStringLiteral("Vortelm"));
-    target_ = std::make_unique<target::Target>(
-        st_, program.port(), [](ProgramState& s, const std::string& path) { ReadHexFile(s, path); });
     page_ = std::make_unique<HexPage>(st_, *this);
     program.session().addHistory = [this](std::string_view line) {
         history_.add(line);
@@ -237,6 +234,8 @@ FVortElm::FVortElm(shell::Program& program, QtHost& host)
 }
 
 FVortElm::~FVortElm() { host_.attach(nullptr); }
+
+target::Target& FVortElm::target() { return *program_.session().target; }
 
 void FVortElm::guarded(const std::function<void()>& work) {
     try {
@@ -537,8 +536,16 @@ void FVortElm::buildToolBar() {
     toolButton("BUnlock", "Unlock Flash", "Unlock", -1, nullptr, nullptr);
     toolButton("BStatus", "Get Flash Status", "Status", SP::SP_MessageBoxInformation, nullptr, nullptr);
     toolButton("BASC02ASC1", "ASC02ASC1", "ASC02ASC1", -1, nullptr, nullptr);
-    toolBar_->addSeparator();
-    toolButton("BSelectCommand", "Select command", "Commands", SP::SP_FileDialogListView, nullptr, nullptr);
+    // The command selection and the user scripts on a row of their own.
+    addToolBarBreak();
+    toolBar_ = addToolBar(QStringLiteral("User scripts"));
+    toolBar_->setObjectName(QStringLiteral("XUserScripts"));
+    toolBar_->setMovable(false);
+    toolBar_->setIconSize(QSize(16, 16));
+    toolBar_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    auto* selectCommand =
+        toolButton("BSelectCommand", "Select command", "Commands", SP::SP_FileDialogListView, nullptr, nullptr);
+    selectCommand->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     for (int i = 0; i < 8; ++i) {
         const std::string name = "BFunc" + std::to_string(i);
         toolButton(name.c_str(), "", QStringLiteral("F%1").arg(i), -1, nullptr, nullptr);
@@ -753,30 +760,30 @@ void FVortElm::afterCommand() {
 // ---- target operations
 
 void FVortElm::doConnect() {
-    (void)target::connect(*target_, 1);
+    (void)target::connect(target(), 1);
     refreshFeatureButtons();
     afterCommand();
 }
 void FVortElm::doReconnect() {
-    (void)target::reconnect(*target_);
+    (void)target::reconnect(target());
     refreshFeatureButtons();
     afterCommand();
 }
 void FVortElm::doDisconnect() {
-    (void)target::disconnect(*target_);
+    (void)target::disconnect(target());
     refreshFeatureButtons();
     afterCommand();
 }
 void FVortElm::doDownload() {
-    (void)target::download(*target_);
+    (void)target::download(target());
     afterCommand();
 }
 void FVortElm::doUpload() {
-    (void)target::upload(*target_, -1);
+    (void)target::upload(target(), -1);
     afterCommand();
 }
 void FVortElm::doCompare() {
-    (void)target::compare(*target_, "");
+    (void)target::compare(target(), "");
     afterCommand();
 }
 
@@ -809,7 +816,7 @@ void FVortElm::pageBoxFocusLost() {
 void FVortElm::closeEvent(QCloseEvent* event) {
     closing_ = true;
     if (!program_.quitRequested()) guarded([&]() { program_.ShutDownProgram(); });
-    target::DisableConnectionCheck(*target_);
+    target::DisableConnectionCheck(target());
     event->accept();
 }
 

@@ -46,7 +46,8 @@ public:
     ~FVortElm() override;
 
     [[nodiscard]] HexPage& page() { return *page_; }
-    [[nodiscard]] target::Target& target() { return *target_; }
+    // The program's target: the buttons call the operations the shell rows call.
+    [[nodiscard]] target::Target& target();
     [[nodiscard]] shell::CommandHistory& history() { return history_; }
 
     // ---- HostWindow
@@ -111,7 +112,6 @@ private:
     shell::Program& program_;
     ProgramState& st_;
     QtHost& host_;
-    std::unique_ptr<target::Target> target_;
     std::unique_ptr<HexPage> page_;
     shell::CommandHistory history_;
 

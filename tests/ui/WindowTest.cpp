@@ -75,7 +75,7 @@ TEST_F(Window, TerminalDrawsLaterAndKeepsAThousandLines) {
     ASSERT_NE(timer, nullptr);
     EXPECT_TRUE(timer->isActive());
     EXPECT_EQ(timer->interval(), 100);
-    QTRY_VERIFY(!term->toPlainText().isEmpty());
+    EXPECT_TRUE(QTest::qWaitFor([&]() { return !term->toPlainText().isEmpty(); }, 2000));
     EXPECT_LE(term->blockCount(), 1001);
     EXPECT_GE(term->blockCount(), 999);
     EXPECT_TRUE(term->toPlainText().endsWith("line 1499"));
@@ -172,9 +172,13 @@ TEST_F(Window, FeatureButtonsFollowTheKernel) {
     st().userScripts[2].path = "/x/y.scm";
     st().userScripts[2].name = "Blink";
     window->refreshFeatureButtons();
-    EXPECT_TRUE(find<QAbstractButton>("BFunc2")->isVisible());
+    auto* func2 = find<QAbstractButton>("BFunc2");
+    EXPECT_TRUE(QTest::qWaitFor([&]() { return func2->isVisible(); }, 2000));
     EXPECT_EQ(find<QAbstractButton>("BFunc2")->text(), "Blink");
     EXPECT_FALSE(find<QAbstractButton>("BFunc3")->isVisible());
+    st().userScripts[2].path.clear();
+    window->refreshFeatureButtons();
+    EXPECT_TRUE(QTest::qWaitFor([&]() { return !func2->isVisible(); }, 2000));
 }
 
 }  // namespace
