@@ -602,7 +602,12 @@ void FVortElm::drawCells() {
     }
     for (int r = 0; r < 16; ++r) {
         rowLabels_[static_cast<size_t>(r)]->setText(QString::fromStdString(page_->rowAddressText(r)));
-        asciiLabels_[static_cast<size_t>(r)]->setText(QString::fromLatin1(page_->rowText(r)));
+        // Bytes 7F to 9F have no glyph in the font: they show as the point
+        // that stands for the other control codes.
+        QString text = QString::fromLatin1(page_->rowText(r));
+        for (QChar& ch : text)
+            if (ch.unicode() >= 0x7F && ch.unicode() <= 0x9F) ch = QChar('.');
+        asciiLabels_[static_cast<size_t>(r)]->setText(text);
     }
     if (!actPageBox_->hasFocus()) actPageBox_->setText(QString::fromStdString(page_->pageText()));
 }
@@ -674,6 +679,18 @@ void FVortElm::refreshFeatureButtons() {
         setFeatureVisible(name.c_str(), defined);
         if (auto* b = findChild<QToolButton*>(QString::fromStdString(name)); b && defined)
             b->setText(QString::fromStdString(us.name));
+    }
+}
+
+void FVortElm::refreshLastScripts() {
+    // The entries show the last scripts; running one from here comes with
+    // the script interpreter.
+    for (size_t i = 0; i < st_.lastScriptFiles.size(); ++i) {
+        auto* a = findChild<QAction*>(QStringLiteral("UScriptLastfile%1").arg(i));
+        if (!a) continue;
+        const std::string& name = st_.lastScriptFiles[i];
+        a->setText(QString::fromStdString(name));
+        a->setVisible(!name.empty());
     }
 }
 
@@ -752,6 +769,7 @@ void FVortElm::runCommandLine(const QString& line) {
 }
 
 void FVortElm::afterCommand() {
+    refreshLastScripts();
     refreshStatus();
     refreshMemory();
     if (program_.quitRequested() && !closing_) close();

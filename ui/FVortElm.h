@@ -104,6 +104,7 @@ private:
     QToolButton* toolButton(const char* name, const char* tip, const QString& label, int icon,
                             QAction* entry, std::function<void()> work);
     void setFeatureVisible(const char* name, bool visible);
+    void refreshLastScripts();
     void afterCommand();
     void fillHistory();
     void pageBoxFocusLost();

@@ -175,6 +175,11 @@ std::optional<std::string> QtHost::inputBox(std::string_view prompt, std::string
                                             std::string_view defaultText) {
     if (answerBoxes_) {
         answeredBoxes.emplace_back(prompt);
+        if (!inputAnswers.empty()) {
+            std::string a = inputAnswers.front();
+            inputAnswers.erase(inputAnswers.begin());
+            return a;
+        }
         return std::string(defaultText);
     }
     bool ok = false;

@@ -69,8 +69,11 @@ public:
     // time (also called by the notifiers and the due timer).
     void serviceSources();
 
-    // The last texts of the boxes answered unattended (tests read them).
+    // The last texts of the boxes answered unattended (tests read them), and
+    // the texts that unattended input boxes give, first to last (then their
+    // default text).
     std::vector<std::string> answeredBoxes;
+    std::vector<std::string> inputAnswers;
 
 private:
     struct Watched {

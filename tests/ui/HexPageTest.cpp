@@ -250,3 +250,44 @@ TEST_F(HexPage, SelectWindowSelectsTheDisplay) {
 
 }  // namespace
 }  // namespace vortelm::testing
+
+namespace vortelm::testing {
+namespace {
+
+using EditMenu = UiTest;
+
+TEST_F(EditMenu, FillAsksUntilAValidNumberComes) {
+    AddSelection(st().selections, 0x100, 0x103);
+    host->inputAnswers = {"12345", "XY", "AB"};
+    find<QAction>("UEditFill")->trigger();
+    // Two refusals, each with its message, then the fill by bytes.
+    ASSERT_EQ(host->answeredBoxes.size(), 5u);
+    EXPECT_EQ(host->answeredBoxes[0], "Fill Value:");
+    EXPECT_EQ(host->answeredBoxes[1], "No valid hexadecimal number !");
+    EXPECT_EQ(host->answeredBoxes[3], "No valid hexadecimal number !");
+    for (int32_t a = 0x100; a <= 0x103; ++a) EXPECT_EQ(ReadDumpByte(st().dump, a), 0xAB);
+}
+
+TEST_F(EditMenu, FillWithAnEmptyAnswerDoesNothing) {
+    AddSelection(st().selections, 0x100, 0x103);
+    find<QAction>("UEditFill")->trigger();
+    EXPECT_EQ(IsDefined(st().dump, 0x100), 0);
+}
+
+TEST_F(EditMenu, ClearAllSelections) {
+    AddSelection(st().selections, 0x100, 0x103);
+    find<QAction>("UEditClearSelection")->trigger();
+    EXPECT_EQ(st().selections.count, 0);
+}
+
+TEST_F(EditMenu, LastScriptsShowInTheScriptMenuOnceFilled) {
+    st().lastScriptFiles[0] = "SCRIPTS/SAMPLE.SCM";
+    Enter(find<QComboBox>("TCommand"), "_help");
+    auto* entry = find<QAction>("UScriptLastfile0");
+    EXPECT_TRUE(entry->isVisible());
+    EXPECT_EQ(entry->text(), "SCRIPTS/SAMPLE.SCM");
+    EXPECT_FALSE(find<QAction>("UScriptLastfile1")->isVisible());
+}
+
+}  // namespace
+}  // namespace vortelm::testing

@@ -27,3 +27,10 @@ private:
 const auto* const kEnvironment = ::testing::AddGlobalTestEnvironment(new QtEnvironment);
 
 }  // namespace
+
+// Under LeakSanitizer: the font and display libraries below Qt keep caches
+// for the life of the process on purpose.
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig\nleak:libfreetype\nleak:libglib\nleak:libQt6Gui\nleak:libQt6Core\n"
+           "leak:libQt6Widgets\nleak:libdbus\nleak:libxkbcommon\nleak:libEGL\nleak:libGLX\n";
+}

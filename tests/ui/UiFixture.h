@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QLabel>
@@ -24,6 +25,13 @@
 #include "ui/QtHost.h"
 
 namespace vortelm::testing {
+
+// Runs a line as Enter in the command box does.
+inline void Enter(QComboBox* box, const QString& line) {
+    box->setFocus();
+    box->lineEdit()->setText(line);
+    QTest::keyClick(box->lineEdit(), Qt::Key_Return);
+}
 
 class UiTest : public ::testing::Test {
 protected:

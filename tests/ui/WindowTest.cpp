@@ -16,12 +16,6 @@ namespace {
 
 using Window = UiTest;
 
-void Enter(QComboBox* box, const QString& line) {
-    box->setFocus();
-    box->lineEdit()->setText(line);
-    QTest::keyClick(box->lineEdit(), Qt::Key_Return);
-}
-
 TEST_F(Window, ControlsCarryTheirNames) {
     for (const char* name : {"BConnect", "BReconnect", "BUnconnect", "BDownload", "BUpload", "BCompare",
                              "BLoad", "BSaveAs", "BCopy", "BCut", "BPaste", "BConfigure", "BDebug",
