@@ -12,8 +12,8 @@
 #include "image/Dump.h"
 #include "image/HexFile.h"
 #include "link/ComPort.h"
-#include "target/Target.h"
 #include "sfr/SfrSets.h"
+#include "target/Target.h"
 #include "shell/CommandBox.h"
 #include "shell/Shell.h"
 

@@ -1,0 +1,42 @@
+#pragma once
+// The serial settings dialog: draws the controls of link::ComSettingsForm
+// and forwards each change to the logic in link/ComSettings.h.
+
+#include <QDialog>
+
+#include "link/ComSettings.h"
+
+class QCheckBox;
+class QComboBox;
+class QLineEdit;
+
+namespace vortelm::link {
+class ComPort;
+}
+
+namespace vortelm::ui {
+
+class FComPort : public QDialog {
+    Q_OBJECT
+public:
+    FComPort(link::ComPort& port, QWidget* parent = nullptr);
+    ~FComPort() override;
+
+    [[nodiscard]] link::ComSettingsForm& form() { return form_; }
+    void BOk_Click();
+    void BCancel_Click();
+
+protected:
+    void showEvent(QShowEvent* e) override;
+    void hideEvent(QHideEvent* e) override;
+
+private:
+    link::ComPort& port_;
+    link::ComSettingsForm form_;
+    QComboBox* portNumber_ = nullptr;
+    QLineEdit* timeout_ = nullptr;
+    QLineEdit* connectTimeout_ = nullptr;
+    QLineEdit* connectRetry_ = nullptr;
+};
+
+}  // namespace vortelm::ui

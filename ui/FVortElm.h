@@ -1,0 +1,137 @@
+#pragma once
+// The main window: the hex page, the terminal, the command box, the tool
+// buttons, the menu and the status bar. It draws the program's state and
+// forwards every event to the operations the shell rows call too.
+
+#include <QMainWindow>
+
+#include <array>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "shell/CommandBox.h"
+#include "ui/HexPage.h"
+#include "ui/QtHost.h"
+
+class QAction;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class QPlainTextEdit;
+class QProgressBar;
+class QScrollBar;
+class QTimer;
+class QToolBar;
+class QToolButton;
+
+namespace vortelm::shell {
+class Program;
+}
+namespace vortelm::target {
+struct Target;
+}
+
+namespace vortelm::ui {
+
+class HexCell;
+class TerminalView;
+
+class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
+    Q_OBJECT
+public:
+    FVortElm(shell::Program& program, QtHost& host);
+    ~FVortElm() override;
+
+    [[nodiscard]] HexPage& page() { return *page_; }
+    // The program's target: the buttons call the operations the shell rows call.
+    [[nodiscard]] target::Target& target();
+    [[nodiscard]] shell::CommandHistory& history() { return history_; }
+
+    // ---- HostWindow
+    void terminalAppended() override;
+    void terminalCleared() override;
+    void refreshStatus() override;
+    void refreshFeatureButtons() override;
+    void refreshMemory() override;
+    void gotoPage(int32_t page) override;
+    void progress(int64_t value, int64_t maximum) override;
+
+    // ---- HexPageView
+    void drawCells() override;
+    void setScrollValue(int value) override;
+    void focusCell(int index) override;
+    void setCellText(int index, const std::string& text) override;
+    void setPageText(const std::string& text) override;
+
+    // The delayed drawing of the terminal (the 100 ms timer's work).
+    void RefreshTerminalWindow();
+    void ClearTerminal();
+    // A line of the command box, as Enter in TCommand runs it.
+    void runCommandLine(const QString& line);
+    // A double click in the terminal at a text position.
+    void terminalDoubleClicked(int position);
+
+    // Runs an event's work; a bound met on the way ends it with one
+    // "*ERROR: " line.
+    void guarded(const std::function<void()>& work);
+
+    // The operations behind the buttons and menu entries.
+    void doConnect();
+    void doReconnect();
+    void doDisconnect();
+    void doDownload();
+    void doUpload();
+    void doCompare();
+    void showComSettings();
+    void showTerminalSettings();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    friend class HexCell;
+    QWidget* buildHexPage();
+    QWidget* buildTerminal();
+    void buildMenus();
+    void buildToolBar();
+    void buildStatusBar();
+    QAction* menuEntry(QMenu* menu, const char* name, const char* caption,
+                       std::function<void()> work, const QKeySequence& key = {});
+    QToolButton* toolButton(const char* name, const char* tip, const QString& label, int icon,
+                            QAction* entry, std::function<void()> work);
+    void setFeatureVisible(const char* name, bool visible);
+    void refreshLastScripts();
+    void afterCommand();
+    void fillHistory();
+    void pageBoxFocusLost();
+    [[nodiscard]] bool terminalHasFocus() const;
+
+    shell::Program& program_;
+    ProgramState& st_;
+    QtHost& host_;
+    std::unique_ptr<HexPage> page_;
+    shell::CommandHistory history_;
+
+    std::array<HexCell*, 256> cells_{};
+    std::array<QLabel*, 16> rowLabels_{};
+    std::array<QLabel*, 16> asciiLabels_{};
+    QLineEdit* actPageBox_ = nullptr;
+    QScrollBar* memPage_ = nullptr;
+    TerminalView* terminal_ = nullptr;
+    QComboBox* command_ = nullptr;
+    QTimer* terminalTimer_ = nullptr;
+    QToolBar* toolBar_ = nullptr;
+    std::map<std::string, QAction*> toolActions_;  // a tool button's place in the bar
+    QLabel* lamp_ = nullptr;
+    QLabel* comState_ = nullptr;
+    QLabel* stateText_ = nullptr;
+    QLineEdit* controller_ = nullptr;
+    QProgressBar* progressBar_ = nullptr;
+    bool closing_ = false;
+};
+
+}  // namespace vortelm::ui
