@@ -43,6 +43,19 @@ bool HasControllerFile(const std::string& folder) {
 
 }  // namespace
 
+void ProgramOptions::AddScriptWord(std::string_view word) {
+    std::string w(word);
+    std::error_code ec;
+    if (!w.empty() && w.front() != '/' && fs::is_regular_file(w, ec)) w = fs::absolute(w, ec).string();
+    scripts.push_back(w);
+}
+
+void ProgramOptions::ResolveHome() {
+    if (home.empty()) return;
+    std::error_code ec;
+    home = fs::absolute(home, ec).string();
+}
+
 std::string DataHome(const std::string& home) {
     if (!home.empty()) return home;
     if (const char* xdg = std::getenv("XDG_DATA_HOME"); xdg && *xdg == '/')

@@ -30,6 +30,12 @@ struct ProgramOptions {
     // there); empty: the install prefix's share/vortelm, else the source
     // tree's data/.
     std::string dataSource;
+
+    // Takes a script word of the command line: a script named relative to
+    // the working folder and found there is kept as its absolute name.
+    void AddScriptWord(std::string_view word);
+    // Makes --home absolute, so that later changes of folder do not move it.
+    void ResolveHome();
 };
 
 // The data home: home if given, else $XDG_DATA_HOME/vortelm, else

@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -127,18 +126,10 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "vortelm-cli: unknown option %s\n%s", argv[i], kUsage);
             return 2;
         } else {
-            // A script named relative to the working folder is taken from there.
-            std::string word(a);
-            std::error_code ec;
-            if (!word.empty() && word.front() != '/' && std::filesystem::is_regular_file(word, ec))
-                word = std::filesystem::absolute(word, ec).string();
-            options.scripts.push_back(word);
+            options.AddScriptWord(a);
         }
     }
-    if (!options.home.empty()) {
-        std::error_code ec;
-        options.home = std::filesystem::absolute(options.home, ec).string();
-    }
+    options.ResolveHome();
 
     // Programs started without waiting (the text editor) are reaped by the
     // system when they end.

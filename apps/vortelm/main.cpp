@@ -3,7 +3,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -86,17 +85,10 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "vortelm: unknown option %s\n%s", argv[i], kUsage);
             return 2;
         } else {
-            std::string word(a);
-            std::error_code ec;
-            if (!word.empty() && word.front() != '/' && std::filesystem::is_regular_file(word, ec))
-                word = std::filesystem::absolute(word, ec).string();
-            options.scripts.push_back(word);
+            options.AddScriptWord(a);
         }
     }
-    if (!options.home.empty()) {
-        std::error_code ec;
-        options.home = std::filesystem::absolute(options.home, ec).string();
-    }
+    options.ResolveHome();
     std::signal(SIGCHLD, SIG_IGN);
 
     int qtArgc = 1;
