@@ -229,9 +229,7 @@ int16_t Monitor::Cmd_Write(int32_t address, int32_t length) {
     CheckBound(length, 65535, "block length");
     const auto& c = st_.codes;
     int16_t r = 0;
-    auto clearValid = [&]() {
-        for (int32_t i = 0; i < length; ++i) dumpio::SetMark(st_.dump, address + i, dumpio::kValid, false);
-    };
+    auto clearValid = [&]() { MarkDumpBlock(st_.dump, address, length, {0, kMarkValid}); };
     begin();
     port_.SSSend(c.C_WRITE_BLOCK);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
@@ -239,13 +237,12 @@ int16_t Monitor::Cmd_Write(int32_t address, int32_t length) {
     sendWord(length);
     std::vector<uint8_t> buffer(static_cast<size_t>(length));
     uint8_t sum = 0;
-    for (int32_t i = 0; i < length; ++i) {
-        const uint8_t b = dumpio::Read(st_.dump, address + i);
-        buffer[static_cast<size_t>(i)] = b;
-        dumpio::SetMark(st_.dump, address + i, dumpio::kValid, true);
-        sum ^= b;
+    if (length > 0) {
+        ReadDumpBlock(st_.dump, address, buffer);
+        MarkDumpBlock(st_.dump, address, length, {kMarkValid, 0});
+        for (uint8_t b : buffer) sum ^= b;
+        port_.SSSendN(buffer);
     }
-    if (!buffer.empty()) port_.SSSendN(buffer);
     if (!expect(c.A_ACK2, st_.TIMEOUT)) {
         r = -2;
         clearValid();
@@ -268,9 +265,7 @@ int16_t Monitor::Cmd_Read(int32_t address, int32_t length) {
     CheckBound(length, 65535, "block length");
     const auto& c = st_.codes;
     int16_t r = 0;
-    auto clearValid = [&]() {
-        for (int32_t i = 0; i < length; ++i) dumpio::SetMark(st_.dump, address + i, dumpio::kValid, false);
-    };
+    auto clearValid = [&]() { MarkDumpBlock(st_.dump, address, length, {0, kMarkValid}); };
     begin();
     port_.SSSend(c.C_READ_BLOCK);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
@@ -281,13 +276,8 @@ int16_t Monitor::Cmd_Read(int32_t address, int32_t length) {
     if (port_.SSReceiveN(buffer, st_.TIMEOUT) == -1) {
         r = -3;
     } else {
-        for (int32_t i = 0; i < length; ++i) {
-            const uint8_t b = buffer[static_cast<size_t>(i)];
-            dumpio::Write(st_.dump, address + i, b);
-            dumpio::SetMark(st_.dump, address + i, dumpio::kDefined, true);
-            dumpio::SetMark(st_.dump, address + i, dumpio::kValid, true);
-            sum ^= b;
-        }
+        if (length > 0) WriteDumpBlock(st_.dump, address, buffer, kMarksFromTarget);
+        for (uint8_t b : buffer) sum ^= b;
     }
     if (!expect(c.A_ACK2, st_.TIMEOUT)) {
         r = -2;
