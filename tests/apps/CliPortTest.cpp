@@ -156,6 +156,11 @@ TEST(CliPermission, CautionAndDialout) {
     const std::string device = dir + "/ttyLOCKED";
     std::ofstream(device).put('x');
     ASSERT_EQ(::chmod(device.c_str(), 0), 0);
+    // The build may lie in a folder that nobody cannot enter (a clean clone
+    // under a private temporary folder): run a copy of the program from here.
+    const std::string program = dir + "/vortelm-cli";
+    fs::copy_file(VORTELM_CLI, program);
+    ::chmod(program.c_str(), 0755);
     const std::string outName = dir + "/out";
     const std::string errName = dir + "/err";
     pid_t child = ::fork();
@@ -171,7 +176,7 @@ TEST(CliPermission, CautionAndDialout) {
             if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0)
                 ::_exit(126);
         }
-        ::execl(VORTELM_CLI, VORTELM_CLI, "--home", home.c_str(), "--port", device.c_str(),
+        ::execl(program.c_str(), program.c_str(), "--home", home.c_str(), "--port", device.c_str(),
                 static_cast<char*>(nullptr));
         ::_exit(127);
     }
@@ -187,6 +192,7 @@ TEST(CliPermission, CautionAndDialout) {
     fs::remove_all(dir, ec);
     ASSERT_TRUE(WIFEXITED(status));
     ASSERT_NE(WEXITSTATUS(status), 126) << "could not drop root";
+    ASSERT_NE(WEXITSTATUS(status), 127) << "could not start " << program;
     EXPECT_EQ(err.rfind("Caution ! Communication port used by other application ! Please select a "
                         "different port \n",
                         0),
