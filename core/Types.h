@@ -5,9 +5,6 @@
 
 #include <array>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
-#include <new>
 #include <memory>
 #include <string>
 
@@ -156,23 +153,14 @@ struct DumpSegment {
     std::array<uint8_t, 65536> data{};
     std::array<uint8_t, 65536> status{};
 
-    // A segment lives on the heap, or in the space that image/ reserves for
-    // all segments of a DumpMemory, which goes back with that space. A tag
-    // in front of the segment tells delete which.
-    static constexpr uint64_t kHeapTag = 0x7061656864756d70ull;
-    static constexpr size_t kTagRoom = 64;
-    static void* operator new(std::size_t size) {
-        void* raw = std::malloc(size + kTagRoom);
-        if (!raw) throw std::bad_alloc();
-        std::memcpy(raw, &kHeapTag, sizeof kHeapTag);
-        return static_cast<char*>(raw) + kTagRoom;
-    }
-    static void operator delete(void* p) noexcept {
-        if (!p) return;
-        char* raw = static_cast<char*>(p) - kTagRoom;
-        uint64_t tag = 0;
-        std::memcpy(&tag, raw, sizeof tag);
-        if (tag == kHeapTag) std::free(raw);
+};
+
+// A segment lives on the heap, or in the space that image/ reserves for all
+// segments of a DumpMemory, which takes it back with the space.
+struct DumpSegmentDeleter {
+    bool onHeap = true;
+    void operator()(DumpSegment* p) const noexcept {
+        if (onHeap) delete p;
     }
 };
 
@@ -183,7 +171,8 @@ struct DumpMemory {
     // The reserved space the segments are placed in (image/Dump.cpp); it is
     // declared before the segments so that it is given back after them.
     std::shared_ptr<void> space;
-    std::array<std::unique_ptr<DumpSegment>, kSegments> segments{};
+    using SegmentPtr = std::unique_ptr<DumpSegment, DumpSegmentDeleter>;
+    std::array<SegmentPtr, kSegments> segments{};
 };
 
 struct SelectionList {

@@ -21,12 +21,10 @@ namespace {
 }
 
 // The space of all segments: address space reserved once, touched only where
-// a segment is placed. Each segment has a slot of one page for the tag that
-// DumpSegment's delete reads (zero here: the space gives it back) and the
-// segment behind it.
-constexpr size_t kPage = 4096;
+// a segment is placed, one slot per segment.
 constexpr size_t kLargePage = size_t(2) << 20;
-constexpr size_t kSlot = kPage + sizeof(DumpSegment);
+constexpr size_t kSlot = sizeof(DumpSegment);
+static_assert(kSlot % 4096 == 0, "segments fill whole pages");
 
 struct SegmentSpace {
     SegmentSpace() {
@@ -57,9 +55,9 @@ SegmentSpace* Space(DumpMemory& dump) {
     return static_cast<SegmentSpace*>(dump.space.get());
 }
 
-std::unique_ptr<DumpSegment> NewSegment(DumpMemory& dump, size_t seg) {
+DumpMemory::SegmentPtr NewSegment(DumpMemory& dump, size_t seg) {
     SegmentSpace* space = Space(dump);
-    if (!space->base) return std::make_unique<DumpSegment>();
+    if (!space->base) return DumpMemory::SegmentPtr(new DumpSegment(), {true});
     // A segment that follows one already there is part of a bulk load: the
     // space from here on may then use large pages, which makes the
     // first touch of many segments much cheaper. Lone segments stay small.
@@ -71,7 +69,7 @@ std::unique_ptr<DumpSegment> NewSegment(DumpMemory& dump, size_t seg) {
         space->bulkAdvised = true;
     }
     char* slot = space->base + seg * kSlot;
-    return std::unique_ptr<DumpSegment>(::new (slot + kPage) DumpSegment());
+    return DumpMemory::SegmentPtr(::new (slot) DumpSegment(), {false});
 }
 
 // The access step: segment of the address (allocated on touch) and offset.
