@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -216,6 +217,41 @@ TEST_F(Cli, FaultsNeverGiveAFalseSuccess) {
             EXPECT_EQ(out.find("*Comparison: "), std::string::npos) << out;
         }
     }
+}
+
+// The same job against the board program on a pseudo-terminal: the host
+// drives a real serial channel, and the board follows the rate it sets.
+TEST_F(Cli, MainJobOnVortelmSimPty) {
+    family(kFamilies[0], false);
+    writeImage("x.hex", kFamilies[0].image, 32);
+    int toSim[2];
+    int fromSim[2];
+    ASSERT_EQ(::pipe(toSim), 0);
+    ASSERT_EQ(::pipe(fromSim), 0);
+    const std::string sim = std::string(VORTELM_BINARY_DIR) + "/apps/vortelm-sim/vortelm-sim";
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        ::dup2(toSim[0], 0);
+        ::dup2(fromSim[1], 1);
+        ::close(toSim[1]);
+        ::close(fromSim[0]);
+        ::execl(sim.c_str(), sim.c_str(), "--flashtime", "0", static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    ::close(toSim[0]);
+    ::close(fromSim[1]);
+    std::string slave;
+    char c = 0;
+    while (::read(fromSim[0], &c, 1) == 1 && c != '\n') slave += c;
+    std::string out;
+    if (!slave.empty()) out = mainJob(slave);
+    ::close(toSim[1]);  // the board program ends with its input
+    ::close(fromSim[0]);
+    int simStatus = 0;
+    ::waitpid(child, &simStatus, 0);
+    ASSERT_FALSE(slave.empty()) << "vortelm-sim printed no slave path";
+    ExpectMainJob(out);
 }
 
 TEST_F(Cli, ConnectFooIsIllegalAndSendsNothing) {
