@@ -6,6 +6,7 @@
 
 #include "core/Helpers.h"
 #include "core/ProgramState.h"
+#include "core/SafeFile.h"
 #include "core/Text.h"
 
 namespace vortelm::config {
@@ -33,24 +34,7 @@ std::optional<std::vector<std::string>> ReadLines(const ProgramState& st, std::s
 }
 
 bool WriteFileAtomically(const ProgramState& st, std::string_view name, std::string_view text) {
-    const std::string path = NativePath(ResolveInProgramFolder(st, name));
-    const std::string temp = path + ".tmp";
-    {
-        std::ofstream f(temp, std::ios::binary | std::ios::trunc);
-        if (!f.is_open()) return false;
-        f.write(text.data(), static_cast<std::streamsize>(text.size()));
-        f.flush();
-        if (!f) {
-            f.close();
-            std::remove(temp.c_str());
-            return false;
-        }
-    }
-    if (std::rename(temp.c_str(), path.c_str()) != 0) {
-        std::remove(temp.c_str());
-        return false;
-    }
-    return true;
+    return ReplaceFile(NativePath(ResolveInProgramFolder(st, name)), text).ok;
 }
 
 int32_t Val(std::string_view text) {

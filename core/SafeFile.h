@@ -1,0 +1,25 @@
+#pragma once
+// The one way the program replaces a file: the bytes go to a temporary file
+// with a unique name in the same folder, are flushed and synced to the disk,
+// and the temporary file is renamed over the old one (then the folder is
+// synced). A kill or a full disk at any point leaves the old file or the new
+// one, never a mix or an empty file, and a failure leaves the old file alone.
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vortelm {
+
+struct SafeWriteResult {
+    bool ok = false;
+    // The system's reason when not ok (strerror of the failing call).
+    std::string reason;
+};
+
+// Replaces the file at path (a file-system path) by bytes.
+[[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes);
+[[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path,
+                                          std::span<const unsigned char> bytes);
+
+}  // namespace vortelm

@@ -1,0 +1,76 @@
+#include "core/SafeFile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "TempDir.h"
+
+namespace vortelm {
+namespace {
+
+std::string Slurp(const std::string& path) {
+    std::ifstream f(path, std::ios::binary);
+    std::ostringstream all;
+    all << f.rdbuf();
+    return all.str();
+}
+
+size_t EntriesIn(const std::string& folder) {
+    size_t n = 0;
+    for ([[maybe_unused]] const auto& e : std::filesystem::directory_iterator(folder)) ++n;
+    return n;
+}
+
+TEST(SafeFile, CreatesANewFile) {
+    testing::TempDir dir;
+    const SafeWriteResult r = ReplaceFile(dir.file("a.bin"), std::string_view("abc\0d", 5));
+    EXPECT_TRUE(r.ok);
+    EXPECT_EQ(Slurp(dir.file("a.bin")), std::string("abc\0d", 5));
+    EXPECT_EQ(EntriesIn(dir.path), 1u);  // no temporary file left behind
+}
+
+TEST(SafeFile, ReplacesAndKeepsThePermissions) {
+    testing::TempDir dir;
+    dir.write("a.ini", "old contents that are longer");
+    ASSERT_EQ(::chmod(dir.file("a.ini").c_str(), 0640), 0);
+    ASSERT_TRUE(ReplaceFile(dir.file("a.ini"), "new").ok);
+    EXPECT_EQ(Slurp(dir.file("a.ini")), "new");
+    struct stat st {};
+    ASSERT_EQ(::stat(dir.file("a.ini").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0640u);
+    EXPECT_EQ(EntriesIn(dir.path), 1u);
+}
+
+TEST(SafeFile, AFailedReplaceLeavesTheOldFileAndNoTemporary) {
+    testing::TempDir dir;
+    // A folder where the file should be: the rename cannot replace it.
+    std::filesystem::create_directories(dir.file("busy/inner"));
+    const SafeWriteResult r = ReplaceFile(dir.file("busy"), "data");
+    EXPECT_FALSE(r.ok);
+    EXPECT_FALSE(r.reason.empty());
+    EXPECT_TRUE(std::filesystem::is_directory(dir.file("busy/inner")));
+    EXPECT_EQ(EntriesIn(dir.path), 1u);
+}
+
+TEST(SafeFile, AMissingFolderFailsWithTheSystemsReason) {
+    testing::TempDir dir;
+    const SafeWriteResult r = ReplaceFile(dir.file("no/such/file"), "data");
+    EXPECT_FALSE(r.ok);
+    EXPECT_EQ(r.reason, "No such file or directory");
+}
+
+TEST(SafeFile, RepeatedReplacesKeepOneWholeFile) {
+    testing::TempDir dir;
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(ReplaceFile(dir.file("p.ini"), std::string(100 + i, 'x')).ok);
+        EXPECT_EQ(Slurp(dir.file("p.ini")).size(), 100u + i);
+    }
+    EXPECT_EQ(EntriesIn(dir.path), 1u);
+}
+
+}  // namespace
+}  // namespace vortelm
