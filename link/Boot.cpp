@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/Host.h"
 #include "core/RunTimeError.h"
@@ -53,7 +54,7 @@ std::vector<uint8_t> Boot::flatten() {
 void Boot::Loader_pre() {
     port_.setReceiveThreshold(0);
     readImage(kernel().loaderPath);
-    if (KernelHasFeature(st_, "RELOCATABLE") && kernel().patchStartAddress >= 1) PatchLoader();
+    if (HasFeature(st_, "RELOCATABLE", -1) && kernel().patchStartAddress >= 1) PatchLoader();
     Text2Buffer(st_, "*Loader file Prepare\r\n");
     LoaderImage = flatten();
     LoaderLength = static_cast<int32_t>(LoaderImage.size());
@@ -66,7 +67,7 @@ void Boot::Vortelm_pre() {
     Text2Buffer(st_, "*Vortelm file Prepare\r\n");
     CoreImage = flatten();
     CoreLength = static_cast<int32_t>(CoreImage.size());
-    if (KernelHasFeature(st_, "RELOCATABLE") && kernel().patchStartAddress >= 1) PatchVortelm();
+    if (HasFeature(st_, "RELOCATABLE", -1) && kernel().patchStartAddress >= 1) PatchVortelm();
     port_.setReceiveThreshold(1);
 }
 

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "link/ComPort.h"
@@ -21,18 +22,6 @@ int32_t SfrIndex(const ProgramState& st, std::string_view name) {
 }
 
 }  // namespace
-
-bool KernelHasFeature(const ProgramState& st, std::string_view feature) {
-    if (st.CurrentKernel < 0 || st.CurrentKernel > kKernelBound) return false;
-    const Kernel& k = st.kernels[static_cast<size_t>(st.CurrentKernel)];
-    const std::string wanted = UpperCase(feature);
-    const int n = std::min<int>(k.featureCount, static_cast<int>(k.features.size()));
-    for (int i = 0; i < n; ++i)
-        if (k.features[static_cast<size_t>(i)].flag == kTrue &&
-            UpperCase(k.features[static_cast<size_t>(i)].name) == wanted)
-            return true;
-    return false;
-}
 
 void Monitor::begin() {
     port_.Cmd_P();
@@ -345,7 +334,7 @@ int32_t Monitor::cmd_readsfr(std::string_view name) {
     if (i < 0) return -1;
     if (st_.ConnectionState != 1) return -2;
     const int32_t address = st_.sfrTable[static_cast<size_t>(i)].address;
-    if (KernelHasFeature(st_, "READWORD")) {
+    if (HasFeature(st_, "READWORD", -1)) {
         (void)Cmd_ReadWord(address);
     } else {
         (void)Cmd_Read(address, 1);

@@ -1,6 +1,7 @@
 // Rows of the target groups: connection, transfers, word access, execution,
 // the protection level and the checksums over the selections.
 
+#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/Text.h"
 #include "image/Dump.h"
@@ -105,7 +106,7 @@ RowResult Mov(Session& s) {
 }
 
 RowResult MovSeq(Session& s) {
-    if (!link::KernelHasFeature(s.st, "WRITESEQ")) return kNoKernelFeature;
+    if (!HasFeature(s.st, "WRITESEQ", -1)) return kNoKernelFeature;
     auto* t = TargetOf(s);
     if (t == nullptr) return {0, true};
     // A last lone address is dropped.
@@ -210,7 +211,7 @@ RowResult Einit(Session& s) {
 }
 
 RowResult SetProtection(Session& s) {
-    if (!link::KernelHasFeature(s.st, "SETPROTECTION")) return kNoKernelFeature;
+    if (!HasFeature(s.st, "SETPROTECTION", -1)) return kNoKernelFeature;
     const int32_t level = HexValue(s.parsedParameters[0].text);
     const int32_t password = HexValue(s.parsedParameters[1].text);
     const int32_t newPassword = s.parsedParameterCount >= 3 ? HexValue(s.parsedParameters[2].text) : 0;

@@ -1,5 +1,6 @@
 #include <array>
 
+#include "config/Kernels.h"
 #include "core/Host.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
@@ -34,7 +35,7 @@ int CheckPreconditions(ProgramState& st, std::string_view feature) {
         st.host->refreshStatus();
         return -100;
     }
-    if (!feature.empty() && !link::KernelHasFeature(st, feature)) {
+    if (!feature.empty() && !HasFeature(st, feature, -1)) {
         Text2Buffer(st, "\r\n*ERROR: Kernel feature not supported ");
         return -101;
     }

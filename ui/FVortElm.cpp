@@ -25,6 +25,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
@@ -662,15 +663,10 @@ void FVortElm::refreshFeatureButtons() {
                                                          "LOCK",    "UNLOCK", "STATUS"};
     for (const char* n : flash) setFeatureVisible(n, false);
     setFeatureVisible("BASC02ASC1", false);
-    const int k = st_.CurrentKernel;
-    if (st_.ConnectionState != 0 && k >= 0 && k <= kKernelBound) {
-        const Kernel& kernel = st_.kernels[static_cast<size_t>(k)];
-        for (int i = 0; i < kernel.featureCount && i < static_cast<int>(kernel.features.size()); ++i) {
-            const std::string& f = kernel.features[static_cast<size_t>(i)].name;
-            if (f == "ASC02ASC1") setFeatureVisible("BASC02ASC1", true);
-            for (size_t j = 0; j < features.size(); ++j)
-                if (f == features[j]) setFeatureVisible(flash[j], true);
-        }
+    if (st_.ConnectionState != 0) {
+        if (HasFeature(st_, "ASC02ASC1", -1)) setFeatureVisible("BASC02ASC1", true);
+        for (size_t j = 0; j < features.size(); ++j)
+            if (HasFeature(st_, features[j], -1)) setFeatureVisible(flash[j], true);
     }
     for (int i = 0; i < 8; ++i) {
         const UserScript& us = st_.userScripts[static_cast<size_t>(i)];
