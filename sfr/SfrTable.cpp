@@ -459,8 +459,19 @@ void ReadSfrCacheBytes(ProgramState& st, std::span<const uint8_t> bytes) {
     }
 }
 
+namespace {
+
+// The records a lookup searches: the count, kept inside the bound and the
+// table as it is.
+int32_t SearchedCount(const ProgramState& st) {
+    return std::clamp<int32_t>(
+        st.sfrCount, 0, std::min<int32_t>(kSfrBound + 1, static_cast<int32_t>(st.sfrTable.size())));
+}
+
+}  // namespace
+
 int32_t SfrIndexByName(const ProgramState& st, std::string_view name) {
-    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound; ++i)
+    for (int32_t i = 0; i < SearchedCount(st); ++i)
         if (SameUpper(st.sfrTable[static_cast<size_t>(i)].name, name)) return i;
     return -1;
 }
@@ -471,13 +482,13 @@ int32_t SfrAddressByName(const ProgramState& st, std::string_view name) {
 }
 
 int32_t SfrIndexByAddress(const ProgramState& st, int32_t address) {
-    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound; ++i)
+    for (int32_t i = 0; i < SearchedCount(st); ++i)
         if (st.sfrTable[static_cast<size_t>(i)].address == address) return i;
     return -1;
 }
 
 int32_t SfrIndexByShort(const ProgramState& st, int32_t shortAddress, int16_t extended) {
-    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound; ++i) {
+    for (int32_t i = 0; i < SearchedCount(st); ++i) {
         const SfrRecord& r = st.sfrTable[static_cast<size_t>(i)];
         if (r.extended == extended && r.shortAddress == shortAddress) return i;
     }

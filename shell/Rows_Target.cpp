@@ -7,6 +7,7 @@
 #include "image/Dump.h"
 #include "link/ComPort.h"
 #include "link/Monitor.h"
+#include "sfr/SfrTable.h"
 #include "shell/ImageRowArgs.h"
 #include "shell/Rows.h"
 #include "target/Target.h"
@@ -27,16 +28,6 @@ RowResult Passed(int32_t result) { return {0, result != 0}; }
 target::Target* TargetOf(Session& s) {
     if (s.target == nullptr) Text2Buffer(s.st, "\r\n*ERROR: Not Connected to Target");
     return s.target;
-}
-
-// The address of a register of that name, or -1.
-int32_t SfrAddress(const ProgramState& st, std::string_view name) {
-    const std::string wanted = UpperCase(name);
-    const int32_t n = std::min<int32_t>(st.sfrCount, static_cast<int32_t>(st.sfrTable.size()));
-    for (int32_t i = 0; i < n; ++i)
-        if (UpperCase(st.sfrTable[static_cast<size_t>(i)].name) == wanted)
-            return st.sfrTable[static_cast<size_t>(i)].address;
-    return -1;
 }
 
 void StoreWord(ProgramState& st, int32_t address, int32_t value) {
@@ -96,7 +87,7 @@ RowResult Compare(Session& s) {
 
 RowResult Mov(Session& s) {
     int32_t address = HexValue(s.parsedParameters[0].text);
-    if (address < 0) address = SfrAddress(s.st, s.parsedParameters[0].text);
+    if (address < 0) address = SfrAddressByName(s.st, s.parsedParameters[0].text);
     const int32_t value = HexValue(s.parsedParameters[1].text);
     if (address < 0 || value < 0) return kIllegal;
     auto* t = TargetOf(s);

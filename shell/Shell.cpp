@@ -6,6 +6,7 @@
 #include "core/Host.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "sfr/SfrTable.h"
 #include "shell/Rows.h"
 
 namespace vortelm::shell {
@@ -88,13 +89,9 @@ ParsedParameter ClassifyArgument(const ProgramState& st, std::string_view text) 
             break;
         }
     }
-    const int sfrs = std::clamp<int>(st.sfrCount, 0, static_cast<int>(st.sfrTable.size()));
-    for (int i = 0; i < sfrs; ++i) {
-        if (UpperCase(st.sfrTable[i].name) == upper) {
-            p.sfr = i;
-            p.isSfr = kTrue;
-            break;
-        }
+    if (const int32_t i = SfrIndexByName(st, upper); i >= 0) {
+        p.sfr = i;
+        p.isSfr = kTrue;
     }
 
     // "%" and a number from 0 to 99; a number that can't be read is 0.
