@@ -417,9 +417,9 @@ void ReadPreferences(ProgramState& st, std::string_view path) {
         throw;
     }
     reader.finish();
-    st.host->refreshSfrView();
-    st.host->refreshFeatureButtons();
-    st.host->refreshStatus();
+    // New units and register sets: the register view is redrawn whatever
+    // REFRESHSFR says.
+    st.host->refreshAfterOperation(true);
 }
 
 std::string PreferencesText(const ProgramState& st) {

@@ -221,13 +221,11 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
     }
 
     if (st.ConnectionState == 1) {
-        st.host->refreshMemory();
-        if (st.REFRESHSFR == kTrue) {
-            if (s.readSfrView)
-                s.readSfrView();
-            else
-                st.host->refreshSfrView();
-        }
+        // The register view is read from the target where the session can;
+        // otherwise it is redrawn from the table.
+        const bool readView = st.REFRESHSFR == kTrue && s.readSfrView;
+        st.host->refreshAfterOperation(st.REFRESHSFR == kTrue && !readView);
+        if (readView) s.readSfrView();
     }
     return static_cast<int16_t>(status + extra);
 }

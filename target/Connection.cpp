@@ -91,10 +91,7 @@ int connect(Target& t, int prompt) {
                 if (ReadResetConfiguration(t) == 0) ShowResetConfiguration(t);
                 InitializeTarget(t);
                 st.ConnectionState = 1;
-                st.host->refreshMemory();
-                if (st.REFRESHSFR != 0) st.host->refreshSfrView();
-                st.host->refreshStatus();
-                st.host->refreshFeatureButtons();
+                RefreshAfterOperation(st);
                 result = 0;
             }
         }
