@@ -126,7 +126,7 @@ void Boot::PatchVortelm() {
 }
 
 int Boot::Initiate(int prompt) {
-    st_.ConnectionState = 0;
+    st_.ConnectionState = kNotConnected;
     port_.ComSemaphore = 0;
     port_.setReceiveThreshold(0);
     if (prompt == 1 && st_.host->messageBox("Please reset your Hardware NOW !", MsgButtons::OkCancel,

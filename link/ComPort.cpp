@@ -499,13 +499,13 @@ void ComPort::dispatch() {
     auto& st = m.st;
     const uint8_t b = m.in.front();
     m.in.pop_front();
-    if (b == st.codes.A_ACK2 && st.ConnectionState == 2) {
+    if (b == st.codes.A_ACK2 && st.ConnectionState == kUserProgramRunning) {
         // A started user program has come back to the monitor.
-        st.ConnectionState = 1;
+        st.ConnectionState = kConnectedAndReady;
         st.host->refreshStatus();
         Text2Buffer(st, "\r\n*Call: Successful returned to monitor\r\n");
         clearInput();
-    } else if (b == st.codes.A_APPLICATION_STARTED && st.ConnectionState > 2) {
+    } else if (b == st.codes.A_APPLICATION_STARTED && st.ConnectionState > kUserProgramRunning) {
         // The target stopped at a breakpoint or after a step.
         m.threshold = 0;
         if (onDebuggerReturn) onDebuggerReturn();

@@ -111,7 +111,7 @@ void BOk_Click(ComPort& port, ComSettingsForm& form) {
     st.TIMEOUT = WholeNumber(form.TTimeout);
     st.CONNECTTIMEOUT = WholeNumber(form.TConnectTimeout);
     st.CONNECTRETRY = WholeNumber(form.TConnectRetry);
-    if (st.ConnectionState != 1) {
+    if (st.ConnectionState != kConnectedAndReady) {
         if (port.isOpen()) port.close();
         port.setSettingsText(port.CSettings());
         (void)port.open();

@@ -320,7 +320,7 @@ int32_t Monitor::readWordVia(int32_t address) {
 int32_t Monitor::cmd_readsfr(std::string_view name) {
     const int32_t i = SfrIndexByName(st_, name);
     if (i < 0) return -1;
-    if (st_.ConnectionState != 1) return -2;
+    if (st_.ConnectionState != kConnectedAndReady) return -2;
     const int32_t address = st_.sfrTable[static_cast<size_t>(i)].address;
     if (HasFeature(st_, "READWORD", -1)) {
         (void)Cmd_ReadWord(address);

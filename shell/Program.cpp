@@ -161,7 +161,7 @@ void Program::StepHelpFile() {}
 void Program::StepResetTables() {
     ProgramState& st = *st_;
     st.initRegisterCount = 0;
-    st.ConnectionState = 0;
+    st.ConnectionState = kNotConnected;
     st.memoryUnitCount = 0;
     st.sfrCount = 0;
     st.IdRegisterAddresses = {0xF07E, 0xF07C, 0xF07A, 0xF078, 0xF076, 0xF070};
@@ -206,7 +206,7 @@ void Program::StepInitialiseForms() {
 
 // 9. The instruction table hooks in here once the decoder is in the build.
 void Program::StepReadInstructionTable() {
-    st_->ConnectionState = 0;
+    st_->ConnectionState = kNotConnected;
     st_->host->refreshStatus();
     st_->host->refreshFeatureButtons();
     st_->host->progress(90, 100);

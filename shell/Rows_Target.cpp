@@ -175,7 +175,7 @@ RowResult D16(Session& s) {
 // A user program runs from now on.
 RowResult Running(Session& s, int16_t r) {
     if (r == 0) {
-        s.st.ConnectionState = 2;
+        s.st.ConnectionState = kUserProgramRunning;
         s.st.host->refreshStatus();
     }
     return Passed(r);

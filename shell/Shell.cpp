@@ -220,7 +220,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
         }
     }
 
-    if (st.ConnectionState == 1) {
+    if (st.ConnectionState == kConnectedAndReady) {
         // The register view is read from the target where the session can;
         // otherwise it is redrawn from the table.
         const bool readView = st.REFRESHSFR == kTrue && s.readSfrView;

@@ -30,7 +30,7 @@ std::string StatusText(int16_t connectionState) {
 }
 
 int CheckPreconditions(ProgramState& st, std::string_view feature) {
-    if (st.ConnectionState != 1) {
+    if (st.ConnectionState != kConnectedAndReady) {
         Text2Buffer(st, "\r\n*ERROR: Not Connected to Target");
         st.host->refreshStatus();
         return -100;
@@ -87,10 +87,10 @@ int connect(Target& t, int prompt) {
             }
             if (outcome == 0) {
                 Text2Buffer(st, "\r\n*Vortelm successfully launched");
-                st.ConnectionState = 1;
+                st.ConnectionState = kConnectedAndReady;
                 if (ReadResetConfiguration(t) == 0) ShowResetConfiguration(t);
                 InitializeTarget(t);
-                st.ConnectionState = 1;
+                st.ConnectionState = kConnectedAndReady;
                 RefreshAfterOperation(st);
                 result = 0;
             }
@@ -118,12 +118,12 @@ int reconnect(Target& t) {
     link::Monitor mon(st, t.port);
     if (mon.Cmd_reconnect() == 0) {
         Text2Buffer(st, "\r\n*Monitor ready");
-        st.ConnectionState = 1;
+        st.ConnectionState = kConnectedAndReady;
         st.host->refreshStatus();
         return 0;
     }
     Text2Buffer(st, "\r\n*ERROR: Monitor not ready");
-    st.ConnectionState = 0;
+    st.ConnectionState = kNotConnected;
     st.host->refreshStatus();
     return -1;
 }
@@ -131,7 +131,7 @@ int reconnect(Target& t) {
 int disconnect(Target& t) {
     if (t.port.isOpen()) {
         t.port.close();
-        t.st.ConnectionState = 0;
+        t.st.ConnectionState = kNotConnected;
         t.st.host->refreshStatus();
         Text2Buffer(t.st, "\r\n*disconnect: vortelm disconnected - comm port available");
     }
@@ -141,7 +141,8 @@ int disconnect(Target& t) {
 void CheckConnection(Target& t) {
     ProgramState& st = t.st;
     const int16_t semaphore = t.port.ComSemaphore;
-    if (st.ConnectionState != 1 || semaphore == 2 || st.CHECKCONNECTION == 0) return;
+    if (st.ConnectionState != kConnectedAndReady || semaphore == 2 || st.CHECKCONNECTION == 0)
+        return;
     // A foreground command that has just taken the line (semaphore 3) makes
     // the test give up at once through TestAbort.
     link::Monitor mon(st, t.port);
@@ -150,7 +151,7 @@ void CheckConnection(Target& t) {
     // A test that gave way to a foreground command says nothing of the line.
     if (r != 0 && !gaveWay) {
         Text2Buffer(st, "Connection to target lost !");
-        st.ConnectionState = 0;
+        st.ConnectionState = kNotConnected;
         st.host->refreshStatus();
     }
 }

@@ -641,13 +641,13 @@ void FVortElm::gotoPage(int32_t page) {
 void FVortElm::refreshStatus() {
     comState_->setText(QString::fromStdString(program_.port().GetComState()));
     stateText_->setText(QString::fromStdString(target::StatusText(st_.ConnectionState)));
-    const QColor colour = st_.ConnectionState == 0   ? QColor(0xD9, 0x36, 0x2B)
-                          : st_.ConnectionState == 1 ? QColor(0x2E, 0xA0, 0x43)
-                                                     : QColor(0xE8, 0xB3, 0x0E);
+    const QColor colour = st_.ConnectionState == kNotConnected        ? QColor(0xD9, 0x36, 0x2B)
+                          : st_.ConnectionState == kConnectedAndReady ? QColor(0x2E, 0xA0, 0x43)
+                                                                      : QColor(0xE8, 0xB3, 0x0E);
     lamp_->setPixmap(Lamp(colour));
-    lamp_->setProperty("lamp", st_.ConnectionState == 0   ? "XStatusRed"
-                               : st_.ConnectionState == 1 ? "XStatusGreen"
-                                                          : "XStatusYellow");
+    lamp_->setProperty("lamp", st_.ConnectionState == kNotConnected        ? "XStatusRed"
+                               : st_.ConnectionState == kConnectedAndReady ? "XStatusGreen"
+                                                                           : "XStatusYellow");
     controller_->setText(QString::fromStdString(st_.MCTYPE));
 }
 
@@ -663,7 +663,7 @@ void FVortElm::refreshFeatureButtons() {
                                                          "LOCK",    "UNLOCK", "STATUS"};
     for (const char* n : flash) setFeatureVisible(n, false);
     setFeatureVisible("BASC02ASC1", false);
-    if (st_.ConnectionState != 0) {
+    if (st_.ConnectionState != kNotConnected) {
         if (HasFeature(st_, "ASC02ASC1", -1)) setFeatureVisible("BASC02ASC1", true);
         for (size_t j = 0; j < features.size(); ++j)
             if (HasFeature(st_, features[j], -1)) setFeatureVisible(flash[j], true);

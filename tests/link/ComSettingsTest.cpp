@@ -144,7 +144,7 @@ TEST_F(ComSettingsTest, OkWhileNotConnectedReopensWithTheNewSettings) {
 
 TEST_F(ComSettingsTest, OkWhileConnectedLeavesTheRateToTheBaudChange) {
     port.get_preferences();
-    st.ConnectionState = 1;
+    st.ConnectionState = kConnectedAndReady;
     DBaudrate_Click(st, form, 10);
     std::vector<int32_t> changes;
     form.changeBaudrate = [&](int32_t rate) { changes.push_back(rate); };
