@@ -231,12 +231,24 @@ RowResult AddcChecksum(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x5001), &Connect},     {RowId(0x5002), &Reconnect},     {RowId(0x5003), &Disconnect},
-    {RowId(0x6001), &Download},    {RowId(0x6002), &Upload},        {RowId(0x6003), &Compare},
-    {RowId(0x6004), &Mov},         {RowId(0x6005), &MovSeq},        {RowId(0x6006), &R16},
-    {RowId(0x6007), &W16},         {RowId(0x6008), &U16},           {RowId(0x6009), &D16},
-    {RowId(0x7001), &Srst},        {RowId(0x7002), &Jmp},           {RowId(0x8001), &Einit},
-    {RowId(0x8003), &SetProtection}, {RowId(0xE002), &XorChecksum}, {RowId(0xE003), &AddcChecksum},
+    {"_connect", &Connect},
+    {"_reconnect", &Reconnect},
+    {"_disconnect", &Disconnect},
+    {"_download", &Download},
+    {"_upload", &Upload},
+    {"_compare", &Compare},
+    {"_mov", &Mov},
+    {"_movseq", &MovSeq},
+    {"_r16", &R16},
+    {"_w16", &W16},
+    {"_u16", &U16},
+    {"_d16", &D16},
+    {"_srst", &Srst},
+    {"_jmp", &Jmp},
+    {"_einit", &Einit},
+    {"_setprotection", &SetProtection},
+    {"_xorchecksum", &XorChecksum},
+    {"_addcchecksum", &AddcChecksum},
 };
 
 }  // namespace

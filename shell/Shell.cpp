@@ -190,7 +190,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                     Say(st, msg);
                 }
                 if (status == 0 && checkOnly == 0) {
-                    if (RowFn fn = FindRow(cmd.id)) {
+                    if (RowFn fn = FindRow(cmd.name)) {
                         const RowResult r = fn(s);
                         status = r.status;
                         if (r.failed) extra = cmd.id;
