@@ -139,8 +139,8 @@ struct ComPort::Impl {
 ComPort::ComPort(ProgramState& st) : impl_(std::make_unique<Impl>(st)) {
     opener = [this](std::string_view text, const channel::LineSettings& ls) {
         Host* host = impl_->st.host;
-        return OpenChannel(text, ls, impl_->st.TIMEOUT, impl_->st.MCTYPE,
-                           [host] { return host->nowUs(); });
+        return openers.open(text, ls, impl_->st.TIMEOUT, impl_->st.MCTYPE,
+                            [host] { return host->nowUs(); });
     };
     impl_->st.host->addSource(*this);
 }

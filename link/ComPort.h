@@ -42,9 +42,11 @@ public:
     // Puts a channel in place of opening one (tests, and the sim: opener).
     void attach(std::unique_ptr<channel::ByteChannel> ch);
     [[nodiscard]] channel::ByteChannel* channel() const;
+    // The table of openers by prefix; the program adds what it links (the
+    // in-process board) before the first open.
+    ChannelOpeners openers;
     // How a port text is opened; tests put their own in place. The default
-    // is OpenChannel (link/Ports.h) with the time-out setting, MCTYPE and
-    // the host's clock.
+    // asks the table with the time-out setting, MCTYPE and the host's clock.
     std::function<OpenResult(std::string_view portText, const channel::LineSettings&)> opener;
 
     // ---- the port list

@@ -90,6 +90,7 @@ Program::Program(Host& host, ProgramOptions options)
       session_(std::make_unique<Session>(*st_)) {
     st_->portOverride = options_.portOverride;
     port_ = std::make_unique<link::ComPort>(*st_);
+    port_->openers = options_.openers;
     session_->port = port_.get();
     target_ = std::make_unique<target::Target>(
         *st_, *port_, [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });

@@ -13,6 +13,7 @@
 #include <QPixmap>
 #include <QTimer>
 
+#include "apps/SimOpener.h"
 #include "shell/Program.h"
 #include "ui/FVortElm.h"
 #include "ui/QtHost.h"
@@ -98,6 +99,7 @@ int main(int argc, char** argv) {
 
     vortelm::ui::QtHost host;
     host.setAnswerBoxes(answerYes);
+    vortelm::apps::AddSimOpener(options.openers);
     vortelm::shell::Program program(host, options);
     vortelm::ui::FVortElm window(program, host);
     host.attach(&window);
