@@ -267,7 +267,6 @@ void ComPort::setSettingsText(std::string_view text) {
 void ComPort::get_preferences() {
     auto& m = *impl_;
     if (isOpen()) close();
-    ShowSettings(m.st, form);
     setSettingsText(CSettings());
     setReceiveThreshold(0);
     m.inputLength = 1;

@@ -17,7 +17,6 @@
 
 #include "core/Host.h"
 #include "link/ByteChannel.h"
-#include "link/ComSettings.h"
 #include "link/Ports.h"
 
 namespace vortelm {
@@ -61,8 +60,8 @@ public:
     [[nodiscard]] ProgramState& state() const;
 
     // ---- settings
-    // The settings dialog's controls; get_preferences fills them.
-    ComSettingsForm form;
+    // The settings text of the stored settings; get_preferences takes it
+    // and reopens the port (the settings dialog reads them when drawn).
     [[nodiscard]] std::string CSettings() const;
     [[nodiscard]] std::string GetComState() const;
     void get_preferences();

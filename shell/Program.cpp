@@ -198,7 +198,6 @@ void Program::StepInitialiseMemoryAndShell() {
 void Program::StepInitialiseForms() {
     // The serial settings are taken and the port opened here, so that the
     // status of step 9 shows them and start-up scripts find the port open.
-    link::initialize(*port_, port_->form);
     port_->get_preferences();
     // The connection check ticks from here on; it tests only a connected target.
     target::EnableConnectionCheck(*target_);
