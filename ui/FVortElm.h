@@ -11,8 +11,8 @@
 #include <memory>
 #include <string>
 
+#include "forms/HexPage.h"
 #include "shell/CommandBox.h"
-#include "ui/HexPage.h"
 #include "ui/QtHost.h"
 
 class QAction;
@@ -35,6 +35,11 @@ struct Target;
 }
 
 namespace vortelm::ui {
+
+using forms::CellLook;
+using forms::HexKey;
+using forms::HexPage;
+using forms::HexPageView;
 
 class HexCell;
 class TerminalView;

@@ -1,4 +1,4 @@
-#include "ui/HexPage.h"
+#include "forms/HexPage.h"
 
 #include <utility>
 
@@ -8,7 +8,7 @@
 #include "image/Dump.h"
 #include "image/Selections.h"
 
-namespace vortelm::ui {
+namespace vortelm::forms {
 
 namespace {
 
@@ -396,4 +396,4 @@ void HexPage::SelectWindow() {
     RefreshMemory();
 }
 
-}  // namespace vortelm::ui
+}  // namespace vortelm::forms

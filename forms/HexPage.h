@@ -11,7 +11,7 @@
 
 #include "core/ProgramState.h"
 
-namespace vortelm::ui {
+namespace vortelm::forms {
 
 // What the hex page asks of its drawing.
 class HexPageView {
@@ -105,4 +105,4 @@ private:
     HexPageView& view_;
 };
 
-}  // namespace vortelm::ui
+}  // namespace vortelm::forms
