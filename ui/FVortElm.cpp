@@ -25,10 +25,10 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "forms/FVortElm.h"
 #include "link/ComPort.h"
 #include "shell/Program.h"
 #include "target/Target.h"
@@ -641,13 +641,12 @@ void FVortElm::gotoPage(int32_t page) {
 void FVortElm::refreshStatus() {
     comState_->setText(QString::fromStdString(program_.port().GetComState()));
     stateText_->setText(QString::fromStdString(target::StatusText(st_.ConnectionState)));
-    const QColor colour = st_.ConnectionState == kNotConnected        ? QColor(0xD9, 0x36, 0x2B)
-                          : st_.ConnectionState == kConnectedAndReady ? QColor(0x2E, 0xA0, 0x43)
-                                                                      : QColor(0xE8, 0xB3, 0x0E);
+    const forms::StatusLamp lamp = forms::FVortElm(st_).statusLamp();
+    const QColor colour = lamp == forms::StatusLamp::Red     ? QColor(0xD9, 0x36, 0x2B)
+                          : lamp == forms::StatusLamp::Green ? QColor(0x2E, 0xA0, 0x43)
+                                                             : QColor(0xE8, 0xB3, 0x0E);
     lamp_->setPixmap(Lamp(colour));
-    lamp_->setProperty("lamp", st_.ConnectionState == kNotConnected        ? "XStatusRed"
-                               : st_.ConnectionState == kConnectedAndReady ? "XStatusGreen"
-                                                                           : "XStatusYellow");
+    lamp_->setProperty("lamp", forms::FVortElm::LampName(lamp));
     controller_->setText(QString::fromStdString(st_.MCTYPE));
 }
 
@@ -657,24 +656,11 @@ void FVortElm::setFeatureVisible(const char* name, bool visible) {
 }
 
 void FVortElm::refreshFeatureButtons() {
-    static constexpr std::array<const char*, 7> flash{"BProgram", "BErase",  "BProtect", "BUnprotect",
-                                                      "BLock",    "BUnlock", "BStatus"};
-    static constexpr std::array<const char*, 7> features{"PROGRAM", "ERASE",  "PROTECT", "UNPROTECT",
-                                                         "LOCK",    "UNLOCK", "STATUS"};
-    for (const char* n : flash) setFeatureVisible(n, false);
-    setFeatureVisible("BASC02ASC1", false);
-    if (st_.ConnectionState != kNotConnected) {
-        if (HasFeature(st_, "ASC02ASC1", -1)) setFeatureVisible("BASC02ASC1", true);
-        for (size_t j = 0; j < features.size(); ++j)
-            if (HasFeature(st_, features[j], -1)) setFeatureVisible(flash[j], true);
-    }
-    for (int i = 0; i < 8; ++i) {
-        const UserScript& us = st_.userScripts[static_cast<size_t>(i)];
-        const std::string name = "BFunc" + std::to_string(i);
-        const bool defined = !us.path.empty();
-        setFeatureVisible(name.c_str(), defined);
-        if (auto* b = findChild<QToolButton*>(QString::fromStdString(name)); b && defined)
-            b->setText(QString::fromStdString(us.name));
+    for (const forms::FeatureButton& f : forms::FVortElm(st_).featureButtons()) {
+        setFeatureVisible(f.name.c_str(), f.visible);
+        if (!f.caption) continue;
+        if (auto* b = findChild<QToolButton*>(QString::fromStdString(f.name)))
+            b->setText(QString::fromStdString(*f.caption));
     }
 }
 
