@@ -57,7 +57,6 @@ public:
     [[nodiscard]] std::string rowAddressText(int rowIndex) const;  // LColumn
     [[nodiscard]] std::string rowText(int rowIndex);               // LMemViewAscii
     [[nodiscard]] std::string pageText() const;                    // TActPage
-    [[nodiscard]] int scrollValue() const { return actPage & 0x00FFF; }
 
     // ---- interfaces
     void RefreshMemory() { view_.drawCells(); }
