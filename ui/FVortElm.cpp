@@ -251,8 +251,23 @@ QWidget* FVortElm::buildHexPage() {
     box->setObjectName(QStringLiteral("XHexPage"));
     auto* outer = new QVBoxLayout(box);
     outer->setContentsMargins(0, 0, 0, 0);
+    outer->addLayout(buildPageBar());
+    auto* gridRow = new QHBoxLayout;
+    gridRow->addWidget(buildMemGrid(), 1);
+    memPage_ = new QScrollBar(Qt::Vertical);
+    memPage_->setObjectName(QStringLiteral("SMemPage"));
+    // The values above 4080 are taken back to 4080 by the page.
+    memPage_->setRange(0, 4095);
+    memPage_->setPageStep(16);
+    connect(memPage_, &QScrollBar::valueChanged, this,
+            [this](int v) { guarded([&]() { page_->scrollChanged(v); }); });
+    gridRow->addWidget(memPage_);
+    outer->addLayout(gridRow);
+    return box;
+}
 
-    // The page box, the segment buttons and the display selection.
+// The page box, the segment buttons and the display selection.
+QLayout* FVortElm::buildPageBar() {
     auto* bar = new QHBoxLayout;
     auto* label = new QLabel(QStringLiteral("Address:"));
     label->setObjectName(QStringLiteral("LActPage"));
@@ -294,10 +309,11 @@ QWidget* FVortElm::buildHexPage() {
     bar->addSpacing(8);
     bar->addWidget(selectWindow);
     bar->addStretch(1);
-    outer->addLayout(bar);
+    return bar;
+}
 
-    // The grid: addresses, 16 x 16 cells, the text column, the scroll bar.
-    auto* gridRow = new QHBoxLayout;
+// The grid: addresses, 16 x 16 cells and the text column.
+QWidget* FVortElm::buildMemGrid() {
     auto* grid = new QWidget;
     grid->setObjectName(QStringLiteral("XMemGrid"));
     grid->setAutoFillBackground(true);
@@ -342,17 +358,7 @@ QWidget* FVortElm::buildHexPage() {
         g->addWidget(al, 1 + r, 19);
     }
     g->setColumnStretch(20, 1);
-    memPage_ = new QScrollBar(Qt::Vertical);
-    memPage_->setObjectName(QStringLiteral("SMemPage"));
-    // The values above 4080 are taken back to 4080 by the page.
-    memPage_->setRange(0, 4095);
-    memPage_->setPageStep(16);
-    connect(memPage_, &QScrollBar::valueChanged, this,
-            [this](int v) { guarded([&]() { page_->scrollChanged(v); }); });
-    gridRow->addWidget(grid, 1);
-    gridRow->addWidget(memPage_);
-    outer->addLayout(gridRow);
-    return box;
+    return grid;
 }
 
 QWidget* FVortElm::buildTerminal() {

@@ -18,6 +18,7 @@
 class QAction;
 class QComboBox;
 class QLabel;
+class QLayout;
 class QLineEdit;
 class QMenu;
 class QPlainTextEdit;
@@ -100,6 +101,8 @@ protected:
 private:
     friend class HexCell;
     QWidget* buildHexPage();
+    QLayout* buildPageBar();
+    QWidget* buildMemGrid();
     QWidget* buildTerminal();
     void buildMenus();
     void buildToolBar();
