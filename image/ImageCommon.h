@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/BusyScope.h"
 #include "core/Helpers.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -16,18 +17,6 @@
 #include "image/Selections.h"
 
 namespace vortelm {
-
-// The hourglass for the length of a command, also when it ends by an error.
-class BusyScope {
-  public:
-    explicit BusyScope(ProgramState& st) : st_(st) { st_.host->setBusy(true); }
-    ~BusyScope() { st_.host->setBusy(false); }
-    BusyScope(const BusyScope&) = delete;
-    BusyScope& operator=(const BusyScope&) = delete;
-
-  private:
-    ProgramState& st_;
-};
 
 // The file of a resolved program name, or the run-time error of an open
 // that fails.
