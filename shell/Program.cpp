@@ -160,17 +160,8 @@ void Program::StepHelpFile() {}
 
 // 4. Resets the tables in their order.
 void Program::StepResetTables() {
-    ProgramState& st = *st_;
-    st.initRegisterCount = 0;
-    st.ConnectionState = kNotConnected;
-    st.memoryUnitCount = 0;
-    st.sfrCount = 0;
-    st.IdRegisterAddresses = {0xF07E, 0xF07C, 0xF07A, 0xF078, 0xF076, 0xF070};
-    st.logFileName = "LOG.TXT";
-    InitFeatureNames(st);
-    ClearSfrSets(st);
-    st.variables.fill(0);
-    st.host->progress(20, 100);
+    ResetConfigurationTables(*st_);
+    st_->host->progress(20, 100);
 }
 
 // 5. mctypes.dat and kernel.dat from the program folder.
