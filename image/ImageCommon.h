@@ -85,4 +85,13 @@ int32_t LoadCommand(ProgramState& st, std::string_view name, std::string_view pr
     return 0;
 }
 
+// The common frame of the save commands: hourglass, the writer, the report.
+template <class Write>
+int32_t SaveCommand(ProgramState& st, std::string_view report, Write&& write) {
+    BusyScope busy(st);
+    write();
+    Text2Buffer(st, "\r\n" + std::string(report));
+    return 0;
+}
+
 }  // namespace vortelm
