@@ -87,8 +87,8 @@ int connect(Target& t, int prompt) {
             if (outcome == 0) {
                 Text2Buffer(st, "\r\n*Vortelm successfully launched");
                 st.ConnectionState = 1;
-                if (ReadResetConfiguration(t) == 0) ShowResetConfiguration(t);
-                InitializeTarget(t);
+                if (readResetConfig(t) == 0) showResetConfig(t);
+                (void)initialise(t);
                 st.ConnectionState = 1;
                 st.host->refreshMemory();
                 if (st.REFRESHSFR != 0) st.host->refreshSfrView();

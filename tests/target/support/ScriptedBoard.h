@@ -11,6 +11,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "link/ByteChannel.h"
@@ -40,6 +41,7 @@ public:
     int dropReadDataAfter = -1;      // a read block stops after this many data bytes
     int dieAfterCommands = -1;       // the board stops answering after this many commands
     bool failWrites = false;         // channel write fails
+    bool coreRestartsOnJump = false;  // a jump is answered by the core's start byte 0x03
 
     // ---- what happened
     std::vector<uint8_t> received;   // every byte the host wrote
@@ -48,6 +50,8 @@ public:
     std::vector<uint8_t> commands;   // command bytes in order
     std::map<uint32_t, uint8_t> memory;
     int einitCount = 0;
+    std::vector<uint32_t> jumps;     // target addresses of the jumps
+    std::vector<std::pair<uint32_t, uint32_t>> wordWrites;  // address, word of each word write
     bool open = true;
 
     uint8_t peek(uint32_t a) const {
@@ -228,6 +232,7 @@ private:
         case 0x82:
             memory[addr(0)] = args_[3];
             memory[addr(0) + 1] = args_[4];
+            wordWrites.emplace_back(addr(0), word(3));
             send(ack2For(c));
             break;
         case 0xCD:
@@ -245,6 +250,8 @@ private:
             break;
         case 0x41:
             send(ack2For(c));
+            if (coreRestartsOnJump) send(0x03);
+            jumps.push_back(addr(0));
             break;
         case 0x9F: {
             if (callDelayUs > 0 && clock) holdUntil_ = clock() + callDelayUs;
