@@ -8,6 +8,7 @@
 #include "core/Helpers.h"
 #include "core/ProgramState.h"
 #include "core/Text.h"
+#include "link/BaudRate.h"
 
 namespace vortelm::link {
 
@@ -143,6 +144,8 @@ ComPort::ComPort(ProgramState& st) : impl_(std::make_unique<Impl>(st)) {
                            [host] { return host->nowUs(); });
     };
     impl_->st.host->addSource(*this);
+    // OK of the settings dialog while connected: target first, then the host.
+    form.changeBaudrate = [this](int32_t rate) { (void)setBaudrate(impl_->st, *this, rate); };
 }
 
 ComPort::~ComPort() { impl_->st.host->removeSource(*this); }

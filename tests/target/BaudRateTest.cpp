@@ -195,3 +195,83 @@ TEST_F(Baud, Zt7RefusalsLeaveThePortAsItWas) {
 
 }  // namespace
 }  // namespace vortelm::testing
+
+namespace vortelm::testing {
+namespace {
+
+TEST_F(Baud, TheSettingsDialogChangesTheRateThroughTheSameOperation) {
+    st.ControllerFamily = 1;
+    addSfr("ASC0FDV", 0xFEB6);
+    addSfr("ASC0BG", 0xFEB4);
+    ASSERT_TRUE(port.form.changeBaudrate);
+    port.form.changeBaudrate(57600);
+    EXPECT_EQ(board->wordWrites, (Writes{{0xFEB6, 510}, {0xFEB4, 21}}));
+    EXPECT_EQ(port.settingsText(), "57600,n,8,1");
+}
+
+}  // namespace
+}  // namespace vortelm::testing
+
+namespace vortelm::testing {
+namespace {
+
+class Asc1 : public TargetFixture {
+  protected:
+    void SetUp() override {
+        running();
+        setFeatures({"ASC02ASC1", "READBLOCK"});
+        st.memoryUnits[0].driverLoaded = kTrue;
+        addSelection(0x100, 0x1FF);
+    }
+};
+
+TEST_F(Asc1, SwitchToTheSecondChannel) {
+    EXPECT_EQ(link::switchToAsc1(st, port), 0);
+    EXPECT_EQ(host.boxes, (std::vector<std::string>{"Communication from ASC0 to ASC1 !",
+                                                    "Please change RS232 from ASC0 to ASC1 NOW!"}));
+    EXPECT_EQ(text(),
+              "*ASC1 initialisation OK \r\n*ASC1 Ack: AA\r\n*ASC1 Communication Flag OK \r\n"
+              "*VortelmZTA9y communicated with ASC1 \r\n");
+    EXPECT_EQ(board->received, (std::vector<uint8_t>{0xCC, 0x00}));
+    EXPECT_EQ(st.memoryUnits[0].driverLoaded, kFalse);
+    EXPECT_EQ(st.selections.count, 0);
+    EXPECT_EQ(port.ComSemaphore, 0);
+    EXPECT_FALSE(host.busy);
+}
+
+TEST_F(Asc1, CancelKeepsTheSemaphore) {
+    host.answer = MsgAnswer::Cancel;
+    EXPECT_EQ(link::switchToAsc1(st, port), -1);
+    EXPECT_TRUE(board->received.empty());
+    EXPECT_NE(port.ComSemaphore, 0);  // given back by the next command
+    EXPECT_EQ(text(), "");
+}
+
+TEST_F(Asc1, NoAnswerOnEitherChannel) {
+    board->silentCommands.insert(0xCC);
+    EXPECT_EQ(link::switchToAsc1(st, port), -1);
+    EXPECT_EQ(text(), "*ERROR: ASC1 can not be initialized\r\n");
+    EXPECT_EQ(port.ComSemaphore, 0);
+    st.terminalBuffer.clear();
+    board->silentCommands.clear();
+    // the line did not change: the 0x00 reaches the core on the first channel
+    EXPECT_EQ(link::Asc02Asc1_ASC1Connection(st, port), -3);  // 0x00 is taken as autobaud: 04 03
+    EXPECT_EQ(text(), "*ASC1 Ack: 04\r\n*ERROR: NO ASC1 Communication Flag \r\n");
+    st.terminalBuffer.clear();
+    board->mode = ScriptedBoard::Mode::Dead;
+    EXPECT_EQ(link::Asc02Asc1_ASC1Connection(st, port), -2);
+    EXPECT_EQ(text(), "*ERROR: not ACK with ASC1_TBUF received\r\n");
+}
+
+TEST_F(Asc1, Preconditions) {
+    setFeatures({"READBLOCK"});
+    EXPECT_EQ(link::switchToAsc1(st, port), -101);
+    EXPECT_EQ(text(), "");
+    st.ConnectionState = 0;
+    EXPECT_EQ(link::switchToAsc1(st, port), -100);
+    EXPECT_EQ(text(), "\r\n*ERROR: Not Connected to Target");
+    EXPECT_TRUE(board->received.empty());
+}
+
+}  // namespace
+}  // namespace vortelm::testing
