@@ -111,6 +111,21 @@ TEST_F(Relocate, MissingHelperReportsTheLoaderAndTheHelper) {
     EXPECT_EQ(text().substr(text().size() - 25), "Error setting RSTCON -1\r\n");
 }
 
+TEST_F(Relocate, ReadSfrWord) {
+    st.sfrTable.resize(std::max<size_t>(st.sfrTable.size(), 1));
+    st.sfrTable[0].name = "SYSCON";
+    st.sfrTable[0].address = 0xFF12;
+    st.sfrCount = 1;
+    board->memory[0xFF12] = 0x34;
+    board->memory[0xFF13] = 0x12;
+    EXPECT_EQ(target::readSfrWord(tgt, "syscon"), 0x1234);
+    EXPECT_EQ(target::readSfrWord(tgt, "NOSUCH"), -2);
+    board->mode = ScriptedBoard::Mode::Dead;
+    EXPECT_EQ(target::readSfrWord(tgt, "SYSCON"), -2);
+    st.ConnectionState = 0;
+    EXPECT_EQ(target::readSfrWord(tgt, "SYSCON"), -1);
+}
+
 TEST(BitComplement, LowBitsOnly) {
     EXPECT_EQ(target::bitComplement(0x00F0, 8), 0x0F);
     EXPECT_EQ(target::bitComplement(0x1234, 4), 0xB);
