@@ -182,6 +182,16 @@ TEST_F(CliTarget, DownloadAfterTheRateChangeOnThePty) {
     }
 }
 
+TEST_F(CliTarget, ABoardAtAnotherRateSeesGarbageOnThePty) {
+    family(kFamilies[0]);
+    // the board's divider changes behind the host's back: 56818 baud against 9600
+    const std::string out =
+        runOnPty(kFamilies[0].mctype, "_connect NOPROMPT\n_r16 FC00\n_w16 FEB4,A\n_r16 FC00\n");
+    const auto first = out.find("*00FC00: ");
+    ASSERT_NE(first, std::string::npos) << out;
+    EXPECT_EQ(out.find("*00FC00: ", first + 1), std::string::npos) << out;
+}
+
 TEST_F(CliTarget, RelocationFreesTheOldPlaceAndProtectsTheNew) {
     for (const Family& f : kFamilies) {
         SCOPED_TRACE(f.mctype);
