@@ -110,6 +110,13 @@ std::optional<int32_t> RoundToInt32(double value) {
     return static_cast<int32_t>(r);
 }
 
+std::string FormatOneDecimal(double value) {
+    if (!std::isfinite(value)) return "0.0";
+    char buf[64];
+    std::snprintf(buf, sizeof buf, "%.1f", std::round(value * 10.0) / 10.0);
+    return buf;
+}
+
 int32_t LastPosition(std::string_view text, char c) {
     auto p = text.rfind(c);
     return p == std::string_view::npos ? 0 : static_cast<int32_t>(p + 1);

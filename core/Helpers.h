@@ -29,6 +29,8 @@ struct ProgramState;
 // Rounds half to even, as the conversion of a number to an integer does;
 // nothing when the result does not fit 32 bits.
 [[nodiscard]] std::optional<int32_t> RoundToInt32(double value);
+// A number with one decimal, rounded half away from zero (the pattern "0.0").
+[[nodiscard]] std::string FormatOneDecimal(double value);
 
 // ---- text
 [[nodiscard]] int32_t LastPosition(std::string_view text, char c);

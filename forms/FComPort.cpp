@@ -6,6 +6,7 @@
 #include "config/Kernels.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
+#include "link/BaudRate.h"
 #include "link/ComPort.h"
 #include "link/Ports.h"
 
@@ -24,6 +25,8 @@ int32_t WholeNumber(std::string_view text) {
 }
 
 FComPort::FComPort(link::ComPort& port) : port_(port) {
+    // OK while connected: the target takes the new rate first, then the host.
+    changeBaudrate = [this](int32_t rate) { (void)link::setBaudrate(port_.state(), port_, rate); };
     initialize();
     ShowSettings();
 }

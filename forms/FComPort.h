@@ -46,8 +46,8 @@ class FComPort {
     std::string TConnectRetry;
     // The dialog is on screen (the K-Line question is asked only then).
     bool visible = false;
-    // The baud rate change on a live connection (set by the layer that owns
-    // it): called by BOk with the stored rate while connected.
+    // The baud rate change on a live connection: called by BOk with the
+    // stored rate while connected (tests may put their own).
     std::function<void(int32_t)> changeBaudrate;
 
     // Fills the lists: ports from COM1 to COM<COMPORTS> and the system's

@@ -653,6 +653,8 @@ void Board::doCall(std::vector<BoardByte>& out) {
             setRaw(reg->address, static_cast<uint8_t>(r[0] & 0xFF));
             setRaw(reg->address + 1, static_cast<uint8_t>(r[0] >> 8));
         }
+    } else {
+        runRoutine(entry, cp, r);
     }
     // Any other routine returns the registers as they were.
     storeGprs();

@@ -120,6 +120,8 @@ private:
     void doCall(std::vector<BoardByte>& out);
     void doGo(uint32_t address, std::vector<BoardByte>& out);
     void runDriver(uint32_t entry, std::array<uint16_t, 8>& r);
+    // A called routine of register moves (sim/Routine.h); r is R8 to R15.
+    void runRoutine(uint32_t entry, uint16_t cp, std::array<uint16_t, 8>& r);
     [[nodiscard]] bool coreHeaderAt(uint32_t address, uint16_t& mask, uint16_t& length) const;
     [[nodiscard]] bool offered(uint8_t command) const;
     [[nodiscard]] uint32_t expectedArgs(uint8_t command) const;

@@ -88,8 +88,8 @@ int connect(Target& t, int prompt) {
             if (outcome == 0) {
                 Text2Buffer(st, "\r\n*Vortelm successfully launched");
                 st.ConnectionState = kConnectedAndReady;
-                if (ReadResetConfiguration(t) == 0) ShowResetConfiguration(t);
-                InitializeTarget(t);
+                if (readResetConfig(t) == 0) showResetConfig(t);
+                (void)initialise(t);
                 st.ConnectionState = kConnectedAndReady;
                 RefreshAfterOperation(st);
                 result = 0;

@@ -29,6 +29,7 @@
 #include "core/RunTimeError.h"
 #include "core/Text.h"
 #include "forms/FVortElm.h"
+#include "forms/TargetEntries.h"
 #include "link/ComPort.h"
 #include "shell/Program.h"
 #include "target/Target.h"
@@ -449,7 +450,8 @@ void FVortElm::buildMenus() {
     menuEntry(tgt, "UTargetConnect", "Connect", [this]() { doConnect(); }, QKeySequence(Qt::CTRL | Qt::Key_T));
     menuEntry(tgt, "UTargetReconnect", "Reconnect", [this]() { doReconnect(); });
     menuEntry(tgt, "UTargetDisconnect", "Disconnect", [this]() { doDisconnect(); });
-    menuEntry(tgt, "UDisplayResetConfig", "Display Reset Configuration", nullptr);
+    menuEntry(tgt, "UDisplayResetConfig", "Display Reset Configuration",
+              [this]() { forms::UDisplayResetConfig_Click(target()); });
     sep(tgt, 6);
     menuEntry(tgt, "UTargetDownload", "Download Selection", [this]() { doDownload(); },
               QKeySequence(Qt::CTRL | Qt::Key_D));
@@ -457,7 +459,10 @@ void FVortElm::buildMenus() {
               QKeySequence(Qt::CTRL | Qt::Key_U));
     menuEntry(tgt, "UTargetCompare", "Compare Selection", [this]() { doCompare(); });
     sep(tgt, 7);
-    menuEntry(tgt, "UTargetRelocate", "Relocate Monitor", nullptr);
+    menuEntry(tgt, "UTargetRelocate", "Relocate Monitor", [this]() {
+        (void)forms::UTargetRelocate_Click(target());
+        afterCommand();
+    });
 
     QMenu* settings = top("PSettings", "&Settings");
     menuEntry(settings, "USettingsInterface", "Interface ...", [this]() { showComSettings(); });
@@ -535,7 +540,10 @@ void FVortElm::buildToolBar() {
     toolButton("BLock", "Lock Flash", "Lock", -1, nullptr, nullptr);
     toolButton("BUnlock", "Unlock Flash", "Unlock", -1, nullptr, nullptr);
     toolButton("BStatus", "Get Flash Status", "Status", SP::SP_MessageBoxInformation, nullptr, nullptr);
-    toolButton("BASC02ASC1", "ASC02ASC1", "ASC02ASC1", -1, nullptr, nullptr);
+    toolButton("BASC02ASC1", "ASC02ASC1", "ASC02ASC1", -1, nullptr, [this]() {
+        (void)forms::BASC02ASC1_Click(target());
+        afterCommand();
+    });
     // The command selection and the user scripts on a row of their own.
     addToolBarBreak();
     toolBar_ = addToolBar(QStringLiteral("User scripts"));

@@ -156,6 +156,17 @@ TEST_F(FComPortTest, OkWhileConnectedLeavesTheRateToTheBaudChange) {
     EXPECT_TRUE(port.isOpen());
 }
 
+TEST_F(FComPortTest, OkWhileConnectedChangesTheRateThroughTheBaudRateOperation) {
+    // Wired by the form itself: the same operation _setbaudrate runs.
+    ASSERT_TRUE(form.changeBaudrate);
+    port.get_preferences();
+    st.ConnectionState = kConnectedAndReady;
+    form.DBaudrate_Click(10);
+    form.BOk_Click();
+    // No board answers here: the change fails and the old rate stays.
+    EXPECT_EQ(port.settingsText(), "9600,n,8,1");
+}
+
 TEST_F(FComPortTest, CancelReopensAClosedPort) {
     port.close();
     form.visible = true;

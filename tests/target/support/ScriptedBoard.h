@@ -11,6 +11,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "link/ByteChannel.h"
@@ -40,6 +41,8 @@ public:
     int dropReadDataAfter = -1;      // a read block stops after this many data bytes
     int dieAfterCommands = -1;       // the board stops answering after this many commands
     bool failWrites = false;         // channel write fails
+    bool coreRestartsOnJump = false;  // a jump is answered by the core's start byte 0x03
+    bool asc1Wait = false;            // switched to the second channel: a 0x00 gives AA D5
 
     // ---- what happened
     std::vector<uint8_t> received;   // every byte the host wrote
@@ -48,6 +51,8 @@ public:
     std::vector<uint8_t> commands;   // command bytes in order
     std::map<uint32_t, uint8_t> memory;
     int einitCount = 0;
+    std::vector<uint32_t> jumps;     // target addresses of the jumps
+    std::vector<std::pair<uint32_t, uint32_t>> wordWrites;  // address, word of each word write
     bool open = true;
 
     uint8_t peek(uint32_t a) const {
@@ -141,6 +146,12 @@ private:
 
     void monitorByte(uint8_t b) {
         if (cmd_ < 0) {
+            if (asc1Wait && b == 0x00) {  // the first byte on the second channel
+                asc1Wait = false;
+                send(0xAA);
+                send(0xD5);
+                return;
+            }
             if (b == 0x00) {  // the init byte of a new connect: autobaud
                 send(0x04);
                 send(0x03);
@@ -180,7 +191,7 @@ private:
         case 0x33: return 0;
         case 0x82: return 5;
         case 0xCD: return 3;
-        case 0x31: case 0x93: case 0x32: return 0;
+        case 0x31: case 0x93: case 0x32: case 0xCC: return 0;
         case 0x41: return 3;
         case 0x9F: return 3 + 16 + (callZero ? 1 : 0);
         case 0xCE: return 4;
@@ -228,6 +239,7 @@ private:
         case 0x82:
             memory[addr(0)] = args_[3];
             memory[addr(0) + 1] = args_[4];
+            wordWrites.emplace_back(addr(0), word(3));
             send(ack2For(c));
             break;
         case 0xCD:
@@ -243,8 +255,14 @@ private:
         case 0x32:
             send(ack2For(c));
             break;
+        case 0xCC:
+            send(ack2For(c));
+            asc1Wait = true;
+            break;
         case 0x41:
             send(ack2For(c));
+            if (coreRestartsOnJump) send(0x03);
+            jumps.push_back(addr(0));
             break;
         case 0x9F: {
             if (callDelayUs > 0 && clock) holdUntil_ = clock() + callDelayUs;

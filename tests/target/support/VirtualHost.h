@@ -4,6 +4,7 @@
 // answers message boxes with a chosen answer while counting them.
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -46,6 +47,14 @@ public:
         boxes.emplace_back(text);
         return answer;
     }
+    // Answers in turn, then cancels.
+    std::optional<std::string> inputBox(std::string_view prompt, std::string_view, std::string_view) override {
+        inputPrompts.emplace_back(prompt);
+        if (inputAnswers.empty()) return std::nullopt;
+        auto a = inputAnswers.front();
+        inputAnswers.pop_front();
+        return a;
+    }
     void setBusy(bool b) override { busy = b; }
     void refreshStatus() override { ++statusRefreshes; }
     void progress(int64_t value, int64_t maximum) override { progressCalls.emplace_back(value, maximum); }
@@ -62,6 +71,8 @@ public:
     bool inTimer = false;
     MsgAnswer answer = MsgAnswer::Ok;
     std::vector<std::string> boxes;
+    std::deque<std::optional<std::string>> inputAnswers;
+    std::vector<std::string> inputPrompts;
     bool busy = false;
     int statusRefreshes = 0;
     std::vector<std::pair<int64_t, int64_t>> progressCalls;
