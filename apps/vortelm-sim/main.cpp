@@ -9,6 +9,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -214,17 +215,17 @@ int main(int argc, char** argv) {
             }
             if (master >= 0) break;
         }
-        int timeoutMs = 100;
-        if (auto next = line.nextEvent()) {
-            const int64_t d = *next - NowUs();
-            timeoutMs = d <= 0 ? 0 : static_cast<int>(std::min<int64_t>((d + 999) / 1000, 100));
-        }
+        // Wake up at the line's next event to the microsecond: a wait rounded
+        // up to whole milliseconds would hold each answer back by up to one.
+        int64_t timeoutUs = 100'000;
+        if (auto next = line.nextEvent()) timeoutUs = std::clamp<int64_t>(*next - NowUs(), 0, 100'000);
+        const timespec timeout{0, static_cast<long>(timeoutUs * 1000)};
         std::vector<pollfd> fds;
         fds.push_back({0, POLLIN, 0});
         if (master >= 0) fds.push_back({master, static_cast<short>(POLLIN | (pending.empty() ? 0 : POLLOUT)), 0});
         if (listener >= 0 && client < 0) fds.push_back({listener, POLLIN, 0});
         if (client >= 0) fds.push_back({client, static_cast<short>(POLLIN | (pending.empty() ? 0 : POLLOUT)), 0});
-        if (::poll(fds.data(), fds.size(), timeoutMs) < 0 && errno != EINTR) break;
+        if (::ppoll(fds.data(), fds.size(), &timeout, nullptr) < 0 && errno != EINTR) break;
         const int64_t now = NowUs();
         for (const auto& p : fds) {
             if (!p.revents) continue;
