@@ -176,8 +176,8 @@ double CpuSeconds() {
     return double(t.tv_sec) + double(t.tv_nsec) / 1e9;
 }
 
-Figures RunOnPty(int32_t baud, int32_t bytes, double& cpuSeconds) {
-    PtyBoard board(VORTELM_SIM);
+Figures RunOnPty(const std::string& sim, int32_t baud, int32_t bytes, double& cpuSeconds) {
+    PtyBoard board(sim);
     Figures f;
     if (board.path.empty()) return f;
     Host host;  // the real poll() loop
@@ -226,25 +226,32 @@ int PtyMain(int32_t kib, int runs) {
     std::printf("vortelm-sim on a pseudo-terminal, paced, %d baud, %d KiB each way, wall clock\n", baud, kib);
     std::printf("peer: the line's limit of %.0f B/s; the protocol allows 98.8 %%\n", limit);
     std::printf("%4s %10s %9s %10s %9s %9s\n", "run", "down B/s", "down %", "up B/s", "up %", "cpu s");
-    std::vector<double> downs, ups;
+    // VORTELM_BENCH_OLD_SIM names another board program (an older build) to
+    // run in turn with ours under the same load, printed as "before".
+    const char* old = std::getenv("VORTELM_BENCH_OLD_SIM");
+    std::vector<double> downs, ups, oldDowns, oldUps;
     for (int r = 0; r < runs; ++r) {
-        double cpu = 0;
-        const Figures f = RunOnPty(baud, bytes, cpu);
-        if (!f.ok) {
-            std::printf("%4d  transfer failed\n", r + 1);
-            return 1;
+        for (int pass = old ? 0 : 1; pass < 2; ++pass) {
+            double cpu = 0;
+            const Figures f = RunOnPty(pass == 0 ? std::string(old) : std::string(VORTELM_SIM), baud, bytes, cpu);
+            if (!f.ok) {
+                std::printf("%4d  transfer failed\n", r + 1);
+                return 1;
+            }
+            const double down = bytes / f.downloadSeconds;
+            const double up = bytes / f.uploadSeconds;
+            (pass == 0 ? oldDowns : downs).push_back(100 * down / limit);
+            (pass == 0 ? oldUps : ups).push_back(100 * up / limit);
+            std::printf("%4d %10.0f %8.2f%% %10.0f %8.2f%% %9.3f%s\n", r + 1, down, 100 * down / limit, up,
+                        100 * up / limit, cpu, pass == 0 ? "  before" : "");
         }
-        const double down = bytes / f.downloadSeconds;
-        const double up = bytes / f.uploadSeconds;
-        downs.push_back(100 * down / limit);
-        ups.push_back(100 * up / limit);
-        std::printf("%4d %10.0f %8.2f%% %10.0f %8.2f%% %9.3f\n", r + 1, down, 100 * down / limit, up,
-                    100 * up / limit, cpu);
     }
     auto median = [](std::vector<double> v) {
         std::sort(v.begin(), v.end());
         return v[v.size() / 2];
     };
+    if (old)
+        std::printf("median before: down %.2f %%, up %.2f %% of the line\n", median(oldDowns), median(oldUps));
     const double worst = std::min(median(downs), median(ups));
     std::printf("median: down %.2f %%, up %.2f %% of the line (goal at least 97 %%: %s)\n", median(downs),
                 median(ups), worst >= 97.0 ? "met" : "not met");
