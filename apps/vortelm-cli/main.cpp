@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/SimOpener.h"
 #include "apps/vortelm-cli/CliHost.h"
 #include "apps/vortelm-cli/CliInterrupt.h"
 #include "core/ProgramState.h"
@@ -248,6 +249,7 @@ int main(int argc, char** argv) {
     if (!logPath.empty() && log == nullptr) return 2;
     vortelm::cli::CliHost host(answerYes, quiet);
     host.setLogFile(log);
+    vortelm::apps::AddSimOpener(options.openers);
     vortelm::shell::Program program(host, options);
     WireInterrupts(host, program);
     const bool inputIsTerminal = ::isatty(STDIN_FILENO) == 1;
