@@ -173,6 +173,7 @@ class PreferenceReader {
             {"CHECKCONNECTION=", &st_.CHECKCONNECTION, nullptr},
             {"INITCHAR=", &st_.INITCHAR, nullptr},
             {"COMPORTS=", &st_.COMPORTS, nullptr},
+            {"BOOTENTRY=", &st_.BOOTENTRY, nullptr},
         };
         for (const Key& k : keys) {
             auto v = Value(text, upper, k.key);
@@ -368,6 +369,7 @@ void SetDefaultPreferences(ProgramState& st) {
     st.INITCHAR = 0;
     st.COMPORTS = 16;
     st.CHECKCONNECTION = 1;
+    st.BOOTENTRY = 0;
     st.MCTYPE = "ALD7RK_BB";
     st.CLK = 20000000;
     st.EINIT = 0;
@@ -459,6 +461,7 @@ void AddCommunicationSection(Lines& add, const ProgramState& st) {
     add("INITCHAR=" + num(st.INITCHAR));
     add("COMPORTS=" + num(st.COMPORTS));
     add("PORTNAME=" + QuotePath(st.PORTNAME));
+    add("BOOTENTRY=" + num(st.BOOTENTRY));
     add("");
 }
 

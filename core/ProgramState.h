@@ -59,6 +59,11 @@ struct ProgramState {
     int16_t INITCHAR = 0;
     int16_t COMPORTS = 16;
     int16_t CHECKCONNECTION = 1;
+    // BOOTENTRY=: the RTS/DTR sequence a connect plays before its first byte
+    // (0 none, see link/BootEntry.h); the command line's choice (-1: none
+    // given) wins for one run and is never written.
+    int16_t BOOTENTRY = 0;
+    int16_t bootEntryOverride = -1;
     // The port text of the command line (--port); wins over both keys for one
     // run and is never written to a preference file.
     std::string portOverride;

@@ -120,7 +120,19 @@ void ForEachPiece(DumpMemory& dump, int64_t address, int64_t count, Fn&& fn) {
 
 void ApplyMarks(uint8_t* status, size_t n, MarkChange marks) {
     const auto keep = static_cast<uint8_t>(~marks.clear);
-    for (size_t i = 0; i < n; ++i) status[i] = static_cast<uint8_t>((status[i] | marks.set) & keep);
+    // Eight status bytes at a time: a load loses a byte-wise loop's time
+    // here on every byte it reads.
+    constexpr uint64_t kEach = 0x0101010101010101ull;
+    const uint64_t set8 = kEach * marks.set;
+    const uint64_t keep8 = kEach * keep;
+    size_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        uint64_t w = 0;
+        std::memcpy(&w, status + i, 8);
+        w = (w | set8) & keep8;
+        std::memcpy(status + i, &w, 8);
+    }
+    for (; i < n; ++i) status[i] = static_cast<uint8_t>((status[i] | marks.set) & keep);
 }
 
 }  // namespace

@@ -56,9 +56,7 @@ void ReadHexFile(ProgramState& st, std::string_view name) {
             buf[n + 1] = static_cast<uint8_t>((addr >> 8) & 0xFF);
             buf[n + 2] = static_cast<uint8_t>(addr & 0xFF);
             buf[n + 3] = static_cast<uint8_t>(type & 0xFF);
-            unsigned sum = 0;
-            for (size_t i = 0; i < n + 4; ++i) sum += buf[i];
-            sum %= 256;
+            unsigned sum = ByteSum(buf.data(), n + 4) % 256;
             const unsigned calculated = sum == 0 ? 0 : 256 - sum;
             if (calculated != checksum) {
                 Text2Buffer(st, "\r\n*WARNING: Checksum in line " + std::to_string(lineNo) +

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <deque>
+#include <thread>
 
 #include "core/Helpers.h"
 #include "core/ProgramState.h"
@@ -278,11 +279,14 @@ void ComPort::get_preferences() {
 
 namespace {
 
-// The transmit spin: no yield by design, bounded so that a line that never
-// drains cannot hold the program.
+// The transmit spin: no yield to the event loop by design, bounded so that
+// a line that never drains cannot hold the program. Between its looks it
+// lets the processor go: the other side of a pseudo-terminal or socket (a
+// board program on the same machine) has to run for the bytes to drain.
 void SpinUntilSent(ProgramState& st, channel::ByteChannel* ch, int32_t timeoutMs) {
     const int64_t giveUp = st.host->nowUs() + int64_t(std::max(timeoutMs, 1)) * 1000;
     while (ch->isOpen() && ch->bytesWaitingOut() >= 1 && st.host->nowUs() <= giveUp) {
+        std::this_thread::yield();
     }
 }
 

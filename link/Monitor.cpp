@@ -32,6 +32,24 @@ void Monitor::sendWord(int32_t value) {
     port_.SSSend(static_cast<uint8_t>((value >> 8) & 0xFF));
 }
 
+void Monitor::sendBlockRequest(int32_t address, int32_t length, std::span<const uint8_t> data) {
+    if (st_.KLINE == 1) {
+        sendAddress(address);
+        sendWord(length);
+        if (!data.empty()) {
+            std::vector<uint8_t> copy(data.begin(), data.end());
+            port_.SSSendN(copy);
+        }
+        return;
+    }
+    std::vector<uint8_t> block;
+    block.reserve(5 + data.size());
+    for (int shift : {0, 8, 16}) block.push_back(static_cast<uint8_t>((address >> shift) & 0xFF));
+    for (int shift : {0, 8}) block.push_back(static_cast<uint8_t>((length >> shift) & 0xFF));
+    block.insert(block.end(), data.begin(), data.end());
+    port_.SSSendN(block);
+}
+
 bool Monitor::expect(uint8_t byte, int32_t timeoutMs) {
     return port_.SSReceive(timeoutMs) == byte;
 }
@@ -210,16 +228,14 @@ int16_t Monitor::Cmd_Write(int32_t address, int32_t length) {
     begin();
     port_.SSSend(c.C_WRITE_BLOCK);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
-    sendAddress(address);
-    sendWord(length);
     std::vector<uint8_t> buffer(static_cast<size_t>(length));
     uint8_t sum = 0;
     if (length > 0) {
         ReadDumpBlock(st_.dump, address, buffer);
         MarkDumpBlock(st_.dump, address, length, {kMarkValid, 0});
         for (uint8_t b : buffer) sum ^= b;
-        port_.SSSendN(buffer);
     }
+    sendBlockRequest(address, length, buffer);
     if (!expect(c.A_ACK2, st_.TIMEOUT)) {
         r = -2;
         clearValid();
@@ -246,8 +262,7 @@ int16_t Monitor::Cmd_Read(int32_t address, int32_t length) {
     begin();
     port_.SSSend(c.C_READ_BLOCK);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
-    sendAddress(address);
-    sendWord(length);
+    sendBlockRequest(address, length, {});
     std::vector<uint8_t> buffer(static_cast<size_t>(length));
     uint8_t sum = 0;
     if (port_.SSReceiveN(buffer, st_.TIMEOUT) == -1) {

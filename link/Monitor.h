@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "core/ProgramState.h"
@@ -58,6 +59,11 @@ private:
     void end();    // threshold 1, Cmd_V
     void sendAddress(int32_t address);
     void sendWord(int32_t value);
+    // Address, length and the data behind them (empty for a read), as the
+    // byte-by-byte sends would put them on the line; without the K-Line
+    // echo to take byte by byte they go out as one block, so that the line
+    // does not stand still between them waiting for each to drain.
+    void sendBlockRequest(int32_t address, int32_t length, std::span<const uint8_t> data);
     [[nodiscard]] bool expect(uint8_t byte, int32_t timeoutMs);
     [[nodiscard]] int32_t readWordVia(int32_t address);  // Cmd_Read(address, 2), word from dump
 

@@ -405,7 +405,14 @@ int ReadSfrFile(ProgramState& st, std::string_view path) {
         Loader loader(st);
         std::string_view all(*text);
         while (!all.empty()) {
-            auto end = all.find_first_of("\r\n");
+            // The line feed, then a carriage return before it: find_first_of
+            // would look the set up once per character.
+            const char* base = all.data();
+            const void* nl = std::memchr(base, '\n', all.size());
+            size_t end = nl ? static_cast<size_t>(static_cast<const char*>(nl) - base) : all.size();
+            if (const void* cr = std::memchr(base, '\r', end))
+                end = static_cast<size_t>(static_cast<const char*>(cr) - base);
+            if (end == all.size()) end = std::string_view::npos;
             loader.line(all.substr(0, end));
             if (end == std::string_view::npos) break;
             if (all[end] == '\r' && end + 1 < all.size() && all[end + 1] == '\n') ++end;

@@ -72,6 +72,16 @@ bool RunFromBuild() {
     const std::string self = fs::read_symlink("/proc/self/exe", ec).string();
     return !build.empty() && !ec && self.rfind(build + "/", 0) == 0;
 }
+
+// share/vortelm beside the program's bin/ folder: an installation that was
+// moved, or a package unpacked somewhere else than its prefix, still finds
+// its own data.
+std::string DataBesideProgram() {
+    std::error_code ec;
+    const fs::path self = fs::read_symlink("/proc/self/exe", ec);
+    if (ec || !self.has_parent_path()) return {};
+    return (self.parent_path().parent_path() / "share" / "vortelm").string();
+}
 }  // namespace
 
 std::string DeliveredDataTree(const std::string& dataSource) {
@@ -79,7 +89,7 @@ std::string DeliveredDataTree(const std::string& dataSource) {
     std::string first = VORTELM_INSTALL_DATA_DIR;
     std::string second = VORTELM_SOURCE_DATA_DIR;
     if (RunFromBuild()) std::swap(first, second);
-    for (const std::string& candidate : {first, second})
+    for (const std::string& candidate : {DataBesideProgram(), first, second})
         if (HasControllerFile(candidate)) return candidate;
     return {};
 }
@@ -89,6 +99,7 @@ Program::Program(Host& host, ProgramOptions options)
       st_(std::make_unique<ProgramState>(host)),
       session_(std::make_unique<Session>(*st_)) {
     st_->portOverride = options_.portOverride;
+    st_->bootEntryOverride = options_.bootEntry;
     port_ = std::make_unique<link::ComPort>(*st_);
     port_->openers = options_.openers;
     session_->port = port_.get();

@@ -26,6 +26,7 @@ namespace vortelm::shell {
 struct ProgramOptions {
     std::string home;                  // --home; empty: the default data home
     std::string portOverride;          // --port; empty: the preference keys
+    int16_t bootEntry = -1;            // --boot-entry; -1: the preference key
     std::vector<std::string> scripts;  // the script words of the command line
     // Where the delivered data tree is copied from on the first start (only
     // there); empty: the install prefix's share/vortelm, else the source
@@ -47,9 +48,10 @@ struct ProgramOptions {
 [[nodiscard]] std::string DataHome(const std::string& home);
 
 // The delivered data tree: dataSource when given (if it holds mctypes.dat),
-// else the first of the install prefix's share/vortelm and the source
-// tree's data/ that holds mctypes.dat; a program run from its build tree
-// looks at the source tree first. Empty if none does.
+// else the first that holds mctypes.dat of share/vortelm beside the
+// program's bin/ folder, the install prefix's share/vortelm and the source
+// tree's data/; a program run from its build tree looks at the source tree
+// before the install prefix. Empty if none does.
 [[nodiscard]] std::string DeliveredDataTree(const std::string& dataSource);
 
 class Program {

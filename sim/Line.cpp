@@ -159,6 +159,14 @@ void Line::clearHostInput(int64_t now) {
     while (!toHost_.empty() && toHost_.front().t <= static_cast<double>(now)) toHost_.pop_front();
 }
 
+std::optional<int64_t> Line::lastEvent() const {
+    std::optional<double> t;
+    if (!toBoard_.empty()) t = std::max(toBoard_.back().t, boardBusyUntil_);
+    if (!toHost_.empty()) t = t ? std::max(*t, toHost_.back().t) : toHost_.back().t;
+    if (!t) return std::nullopt;
+    return static_cast<int64_t>(std::ceil(*t));
+}
+
 std::optional<int64_t> Line::nextEvent() const {
     std::optional<double> t;
     if (!toBoard_.empty()) t = std::max(toBoard_.front().t, boardBusyUntil_);

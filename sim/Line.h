@@ -45,6 +45,10 @@ public:
     void setHostRate(double rate, bool framingMatches);
     [[nodiscard]] double hostRate() const { return hostRate_; }
     [[nodiscard]] std::optional<int64_t> nextEvent() const;
+    // The time of the last byte on its way in either direction (nothing when
+    // the line is quiet): a program serving the line may take the bytes
+    // before it in batches, and only this one needs to be on time.
+    [[nodiscard]] std::optional<int64_t> lastEvent() const;
     [[nodiscard]] bool hungUp() const { return hungUp_; }
 
     // Board side: bytes the board sends on its own (the application prints).

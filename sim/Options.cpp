@@ -47,6 +47,19 @@ bool ApplySimOption(std::string_view key, std::string_view value, SimOptions& o,
     } else if (k == "clk") {
         if (!Number(value, d) || d < 1000 || d > 1e9) return error = "clk takes hertz", false;
         o.clk = static_cast<uint32_t>(d);
+    } else if (k == "lines") {
+        if (value == "rts-reset-dtr-boot" || value == "rts-reset-dtr-boot-inverted")
+            o.resetOnDtr = false;
+        else if (value == "dtr-reset-rts-boot" || value == "dtr-reset-rts-boot-inverted")
+            o.resetOnDtr = true;
+        else
+            return error = "lines takes rts-reset-dtr-boot or dtr-reset-rts-boot, each with -inverted or without",
+                   false;
+        o.linesInverted = value.ends_with("-inverted");
+    } else if (k == "start") {
+        if (value == "bootstrap") o.startInApplication = false;
+        else if (value == "run") o.startInApplication = true;
+        else return error = "start takes bootstrap or run", false;
     } else {
         error = "unknown option '" + k + "'";
         return false;

@@ -10,8 +10,10 @@ namespace vortelm::sim {
 namespace {
 
 // The in-process board behind the port text "sim:". RTS is the RESET line,
-// DTR the BSL pin; both start inactive and the board starts powered on in
-// bootstrap mode.
+// DTR the BSL pin (or the other way round, and either active when the host
+// does not assert it, as lines= says); the board starts powered on in
+// bootstrap mode, or running its application with start=run, whatever the
+// levels: only changes of the lines move it.
 class SimChannel final : public channel::ByteChannel {
 public:
     SimChannel(std::string text, BoardModel model, const SimOptions& o, channel::MicrosClock clock)
@@ -19,7 +21,12 @@ public:
           model_(std::move(model)),
           clock_(std::move(clock)),
           board_(model_, o.flashReal ? FlashTimes::Real() : FlashTimes{}, o.faults, o.seed),
-          line_(board_, LineOptions{o.kline, o.pace, o.latencyMs * 1000.0, true, o.tracePath}, o.faults, o.seed) {}
+          line_(board_, LineOptions{o.kline, o.pace, o.latencyMs * 1000.0, true, o.tracePath}, o.faults, o.seed),
+          resetOnDtr_(o.resetOnDtr),
+          inverted_(o.linesInverted),
+          resetHeld_(o.linesInverted) {
+        if (o.startInApplication) board_.runApplication();
+    }
 
     [[nodiscard]] std::string describe() const override { return text_; }
     [[nodiscard]] bool isOpen() const override { return open_ && !line_.hungUp(); }
@@ -48,18 +55,14 @@ public:
     }
     channel::Control setRts(bool on) override {
         if (!usable()) return channel::Control::Failed;
-        line_.advance(clock_());
-        if (on && !rts_) {
-            board_.holdReset();
-            line_.boardReset(clock_());
-        }
-        if (!on && rts_) board_.release(dtr_);
         rts_ = on;
+        follow();
         return channel::Control::Ok;
     }
     channel::Control setDtr(bool on) override {
         if (!usable()) return channel::Control::Failed;
         dtr_ = on;
+        follow();
         return channel::Control::Ok;
     }
     channel::Control setBreak(bool) override { return usable() ? channel::Control::Ok : channel::Control::Failed; }
@@ -76,6 +79,21 @@ public:
     [[nodiscard]] int lastErrno() const override { return line_.hungUp() ? 5 /* EIO */ : 0; }
 
 private:
+    // The board's RESET and BSL pins after a change of the host's lines: a
+    // reset that goes active holds the board, one that goes inactive starts
+    // it in bootstrap mode if BSL is active then, else in its application.
+    void follow() {
+        line_.advance(clock_());
+        const bool reset = (resetOnDtr_ ? dtr_ : rts_) != inverted_;
+        const bool bsl = (resetOnDtr_ ? rts_ : dtr_) != inverted_;
+        if (reset && !resetHeld_) {
+            board_.holdReset();
+            line_.boardReset(clock_());
+        }
+        if (!reset && resetHeld_) board_.release(bsl);
+        resetHeld_ = reset;
+    }
+
     bool usable() {
         if (!open_) return false;
         if (!line_.hungUp()) line_.advance(clock_());
@@ -88,8 +106,13 @@ private:
     Board board_;
     Line line_;
     bool open_ = true;
+    bool resetOnDtr_;
+    bool inverted_;
     bool rts_ = false;
     bool dtr_ = false;
+    // Whether the lines hold RESET. Both lines start unasserted, which holds
+    // an inverted RESET; the board itself starts as the options say.
+    bool resetHeld_;
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "core/Host.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "link/BootEntry.h"
 #include "link/ComPort.h"
 #include "link/Monitor.h"
 #include "target/Target.h"
@@ -66,6 +67,8 @@ int connect(Target& t, int prompt) {
     st.host->setBusy(true);
     try {
         if (!t.port.isOpen()) (void)t.port.open();
+        // The adapter's lines reset the board into its loader: no prompt.
+        if (link::PlayBootEntry(t.port, link::BootEntryOf(st))) prompt = 0;
         t.port.clearInput();
         boot.Loader_pre();
         boot.Vortelm_pre();

@@ -1,6 +1,7 @@
 #include "apps/vortelm-cli/CliHost.h"
 
 #include <spawn.h>
+#include <unistd.h>
 
 #include <cstdio>
 
@@ -39,35 +40,52 @@ std::optional<std::string> CliHost::inputBox(std::string_view prompt, std::strin
 }
 
 void CliHost::terminalAppended(std::string_view text) {
-    std::string out;
-    out.reserve(text.size() + 1);
-    for (char c : text) {
-        if (heldCr_) {
-            heldCr_ = false;
-            if (c == '\n') {
-                out += '\n';
-                continue;
-            }
-            out += '\r';
-        }
-        if (c == '\r')
-            heldCr_ = true;
-        else
-            out += c;
+    const std::string out = out_.feed(text);
+    if (!out.empty()) {
+        std::fwrite(out.data(), 1, out.size(), stdout);
+        std::fflush(stdout);
     }
-    std::fwrite(out.data(), 1, out.size(), stdout);
-    std::fflush(stdout);
+    if (log_ != nullptr) {
+        const std::string logged = logLines_.feed(text);
+        std::fwrite(logged.data(), 1, logged.size(), log_);
+        std::fflush(log_);
+    }
 }
 
 void CliHost::flush() {
-    if (heldCr_) std::fputc('\r', stdout);
-    heldCr_ = false;
+    const std::string end = out_.finish();
+    std::fwrite(end.data(), 1, end.size(), stdout);
     std::fflush(stdout);
+    if (log_ != nullptr) {
+        const std::string logged = logLines_.finish();
+        std::fwrite(logged.data(), 1, logged.size(), log_);
+        std::fflush(log_);
+    }
+    if (progressShown_) progress(0, 0);
 }
 
 void CliHost::printLines(std::span<const std::string> lines) {
+    const std::string open = out_.finish();
+    std::fwrite(open.data(), 1, open.size(), stdout);
     for (const std::string& l : lines) std::fprintf(stdout, "%s\n", l.c_str());
     std::fflush(stdout);
+}
+
+void CliHost::showProgress(bool on) { progressShown_ = on && ::isatty(STDERR_FILENO) == 1; }
+
+void CliHost::progress(int64_t value, int64_t maximum) {
+    if (!progressShown_) return;
+    if (auto text = bar_.update(value, maximum, nowUs())) writeErr(*text);
+}
+
+void CliHost::yield(std::optional<int64_t> untilUs) {
+    if (beforeYield) beforeYield();
+    Host::yield(untilUs);
+}
+
+void CliHost::writeErr(const std::string& text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    std::fflush(stderr);
 }
 
 bool CliHost::startDetached(const std::string& program, const std::vector<std::string>& args) {

@@ -15,18 +15,31 @@
 
 #include "apps/SimOpener.h"
 #include "apps/vortelm-cli/CliHost.h"
+#include "apps/vortelm-cli/CliInterrupt.h"
+#include "core/ProgramState.h"
+#include "link/BootEntry.h"
+#include "link/ByteChannel.h"
+#include "link/ComPort.h"
+#include "link/Ports.h"
 #include "shell/Program.h"
 
 namespace {
 
+constexpr const char* kBootEntries =
+    "none, rts-reset-dtr-boot, rts-reset-dtr-boot-inverted, dtr-reset-rts-boot or "
+    "dtr-reset-rts-boot-inverted";
+
 constexpr const char* kUsage =
-    "Usage: vortelm-cli [--home DIR] [--port TEXT] [--yes|--no] [SCRIPT...]\n"
-    "       vortelm-cli --help | --version\n";
+    "Usage: vortelm-cli [--home DIR] [--port TEXT] [--yes|--no] [--quiet] [--log FILE]\n"
+    "                   [--boot-entry SEQUENCE] [SCRIPT...]\n"
+    "       vortelm-cli --list-ports | --help | --version\n";
 
 constexpr const char* kHelp =
     "vortelm-cli - the headless front end of Vortelm.\n"
     "\n"
-    "Usage: vortelm-cli [--home DIR] [--port TEXT] [--yes|--no] [SCRIPT...]\n"
+    "Usage: vortelm-cli [--home DIR] [--port TEXT] [--yes|--no] [--quiet] [--log FILE]\n"
+    "                   [--boot-entry SEQUENCE] [SCRIPT...]\n"
+    "       vortelm-cli --list-ports | --help | --version\n"
     "\n"
     "Starts as the GUI does, runs each SCRIPT given, then reads standard input\n"
     "line by line and treats each line as the command box does:\n"
@@ -36,20 +49,45 @@ constexpr const char* kHelp =
     "It ends at the end of input or with _quit.\n"
     "\n"
     "Options:\n"
-    "  --home DIR    data home (default $XDG_DATA_HOME/vortelm, else\n"
-    "                ~/.local/share/vortelm); the delivered data is copied\n"
-    "                there on the first start\n"
-    "  --port TEXT   port for this run: a device path, socket://host:port or\n"
-    "                sim: (overrides the preference file, is not saved)\n"
-    "  --yes         answer message boxes with OK/Yes (the default)\n"
-    "  --no          answer message boxes with No/Cancel\n"
-    "  --help        this text\n"
-    "  --version     the version\n"
+    "  --home DIR     data home (default $XDG_DATA_HOME/vortelm, else\n"
+    "                 ~/.local/share/vortelm); the delivered data is copied\n"
+    "                 there on the first start\n"
+    "  --port TEXT    port for this run: a device path, socket://host:port or\n"
+    "                 sim: (overrides the preference file, is not saved)\n"
+    "  --yes          answer message boxes with OK/Yes (the default)\n"
+    "  --no           answer message boxes with No/Cancel\n"
+    "  --quiet        leave the echo of each command (\">_command\") out of\n"
+    "                 standard output\n"
+    "  --log FILE     write the running text to FILE as well (echoes included;\n"
+    "                 the file is started anew)\n"
+    "  --boot-entry SEQUENCE\n"
+    "                 before the first byte of a connect, reset the board into\n"
+    "                 its loader through the adapter's lines: none (the\n"
+    "                 default), rts-reset-dtr-boot (reset on RTS, boot pin on\n"
+    "                 DTR, active when asserted), rts-reset-dtr-boot-inverted\n"
+    "                 (active when not asserted), dtr-reset-rts-boot,\n"
+    "                 dtr-reset-rts-boot-inverted; for this run only (the\n"
+    "                 preference BOOTENTRY= 0 to 4 keeps one)\n"
+    "  --list-ports   list the serial ports of the system, one a line: the path,\n"
+    "                 the USB vendor:product and product name, the stable\n"
+    "                 /dev/serial/by-id name in brackets; then end\n"
+    "  --help         this text\n"
+    "  --version      the version\n"
     "\n"
-    "Output: the running text goes to standard output as it is made, each\n"
-    "CR LF written as one line feed; message boxes go to standard error.\n"
-    "Exit status: 0 when the last line run succeeded, 1 when it failed,\n"
-    "2 for bad usage.\n";
+    "Output: the running text goes to standard output as it is made, as\n"
+    "lines: each CR LF is one line feed, a command's echo starts a new line,\n"
+    "and the output ends with a line end. Message boxes go to standard error;\n"
+    "so does a progress bar for transfers when standard error is a terminal.\n"
+    "\n"
+    "Ctrl-C stops the running operation or script, as Esc does in the GUI;\n"
+    "with standard input not a terminal it also ends the job: the lines still\n"
+    "to come are not run. A second Ctrl-C ends the program at once.\n"
+    "\n"
+    "Exit status:\n"
+    "  0    the last line run succeeded (or there was none)\n"
+    "  1    the last line run failed\n"
+    "  2    bad usage, or the --log file could not be opened\n"
+    "  130  ended by Ctrl-C\n";
 
 // Standard input as a source of the event loop: lines are collected while
 // the loop runs timers and the line's events.
@@ -84,6 +122,59 @@ class StdinSource : public vortelm::EventSource {
     bool eof;
 };
 
+// --list-ports: one port a line, then the end.
+int ListPortsAndEnd() {
+    for (const auto& p : vortelm::link::ListPorts())
+        std::printf("%s\n", vortelm::link::PortLine(p).c_str());
+    std::fflush(stdout);
+    return 0;
+}
+
+// --log FILE: a stream of its own, started anew, written as the text comes.
+std::FILE* OpenLogFile(const std::string& path) {
+    if (path.empty()) return nullptr;
+    std::FILE* f = std::fopen(path.c_str(), "we");
+    if (f == nullptr)
+        std::fprintf(stderr, "vortelm-cli: cannot write the log file %s: %s\n", path.c_str(),
+                     std::strerror(errno));
+    return f;
+}
+
+// Ctrl-C: every pass of the event loop hands a first interrupt to the
+// running operation or script as the abort flag, and keeps the port's
+// descriptor at hand for a second one.
+void WireInterrupts(vortelm::cli::CliHost& host, vortelm::shell::Program& program) {
+    vortelm::cli::InstallInterruptHandler();
+    host.beforeYield = [&program, handed = false]() mutable {
+        const auto* ch = program.port().channel();
+        vortelm::cli::SetPortDescriptor(ch != nullptr ? ch->pollFd() : -1);
+        if (vortelm::cli::Interrupts() == 0) {
+            handed = false;
+        } else if (!handed) {
+            program.state().scriptAbort = 1;
+            handed = true;
+        }
+    };
+}
+
+// After a line: true when an interrupt came while it ran and the job ends
+// (standard input is not a terminal). Either way the flag does not outlive
+// the line it was meant for.
+bool InterruptEndsJob(vortelm::shell::Program& program, bool inputIsTerminal) {
+    if (vortelm::cli::Interrupts() == 0) return false;
+    program.state().scriptAbort = 0;
+    vortelm::cli::ResumeAfterInterrupt();
+    return !inputIsTerminal;
+}
+
+// Between lines: an interrupt ends a job read from a file or pipe; at a
+// terminal it is counted, so that a second one ends the program.
+bool InterruptWhileIdle(vortelm::shell::Program& program, bool inputIsTerminal) {
+    if (vortelm::cli::Interrupts() == 0) return false;
+    program.state().scriptAbort = 0;
+    return !inputIsTerminal;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -91,6 +182,8 @@ int main(int argc, char** argv) {
     vortelm::shell::ProgramOptions options;
     bool answerYes = true;
     bool yesOrNoGiven = false;
+    bool quiet = false;
+    std::string logPath;
     for (int i = 1; i < argc; ++i) {
         const std::string_view a = argv[i];
         auto value = [&](std::string& into) {
@@ -106,7 +199,23 @@ int main(int argc, char** argv) {
             std::printf("vortelm-cli %s\n", VORTELM_VERSION);
             return 0;
         }
-        if (a == "--home") {
+        if (a == "--list-ports") return ListPortsAndEnd();
+        if (a == "--quiet") {
+            quiet = true;
+        } else if (a == "--log") {
+            if (!value(logPath) || logPath.empty()) {
+                std::fprintf(stderr, "vortelm-cli: --log needs a file\n%s", kUsage);
+                return 2;
+            }
+        } else if (a == "--boot-entry") {
+            std::string name;
+            const auto e = value(name) ? vortelm::link::BootEntryFromText(name) : std::nullopt;
+            if (!e) {
+                std::fprintf(stderr, "vortelm-cli: --boot-entry takes %s\n%s", kBootEntries, kUsage);
+                return 2;
+            }
+            options.bootEntry = static_cast<int16_t>(*e);
+        } else if (a == "--home") {
             if (!value(options.home) || options.home.empty()) {
                 std::fprintf(stderr, "vortelm-cli: --home needs a folder\n%s", kUsage);
                 return 2;
@@ -136,24 +245,37 @@ int main(int argc, char** argv) {
     // system when they end.
     std::signal(SIGCHLD, SIG_IGN);
 
-    vortelm::cli::CliHost host(answerYes);
+    std::FILE* log = OpenLogFile(logPath);
+    if (!logPath.empty() && log == nullptr) return 2;
+    vortelm::cli::CliHost host(answerYes, quiet);
+    host.setLogFile(log);
     vortelm::apps::AddSimOpener(options.openers);
     vortelm::shell::Program program(host, options);
+    WireInterrupts(host, program);
+    const bool inputIsTerminal = ::isatty(STDIN_FILENO) == 1;
+    bool interrupted = false;
     program.StartUp();
+    interrupted = InterruptEndsJob(program, inputIsTerminal);
+    host.showProgress(true);
 
     host.addSource(input);
     int16_t last = 0;
     std::string line;
-    while (!program.quitRequested()) {
+    while (!program.quitRequested() && !interrupted) {
         if (input.nextLine(line)) {
+            vortelm::cli::ResumeAfterInterrupt();
             last = program.RunCommandBoxLine(line);
+            interrupted = InterruptEndsJob(program, inputIsTerminal);
             continue;
         }
         if (input.eof) break;
         host.yield(host.nowUs() + 1'000'000);
+        interrupted = InterruptWhileIdle(program, inputIsTerminal);
     }
     host.removeSource(input);
     if (!program.quitRequested()) program.ShutDownProgram();
     host.flush();
+    if (log != nullptr) std::fclose(log);
+    if (interrupted) return vortelm::cli::kInterruptedStatus;
     return last == 0 ? 0 : 1;
 }

@@ -9,6 +9,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -212,7 +213,8 @@ class BoardProgram {
                 if (e_.master >= 0) break;
             }
             std::vector<pollfd> fds = pollSet();
-            if (::poll(fds.data(), fds.size(), pollTimeoutMs()) < 0 && errno != EINTR) break;
+            const timespec timeout = pollTimeout();
+            if (::ppoll(fds.data(), fds.size(), &timeout, nullptr) < 0 && errno != EINTR) break;
             const int64_t now = NowUs();
             for (const auto& p : fds) {
                 if (!p.revents) continue;
@@ -254,13 +256,21 @@ class BoardProgram {
         }
     }
 
-    [[nodiscard]] int pollTimeoutMs() const {
-        int timeoutMs = 100;
+    // Bytes in a stream go in batches of about a millisecond; the last one
+    // (the end of an answer, the host's last byte) is met to the
+    // microsecond, since the other side waits for it. A wait rounded up to
+    // whole milliseconds held each answer back by up to one, a wake-up for
+    // every byte costs the machine more than it gains.
+    [[nodiscard]] timespec pollTimeout() const {
+        int64_t timeoutUs = 100'000;
         if (auto next = line_.nextEvent()) {
-            const int64_t d = *next - NowUs();
-            timeoutMs = d <= 0 ? 0 : static_cast<int>(std::min<int64_t>((d + 999) / 1000, 100));
+            const int64_t now = NowUs();
+            int64_t wake = *next;
+            if (auto last = line_.lastEvent(); last && *last > *next)
+                wake = std::max(*next, std::min(now + 1000, *last));
+            timeoutUs = std::clamp<int64_t>(wake - now, 0, 100'000);
         }
-        return timeoutMs;
+        return timespec{0, static_cast<long>(timeoutUs * 1000)};
     }
 
     [[nodiscard]] std::vector<pollfd> pollSet() const {

@@ -295,7 +295,7 @@ TEST(Preferences, PortNameIsAlwaysWrittenAfterComports) {
     WriteDataFiles(h);
     Start(h);
     h.st->kernelCount = 1;
-    EXPECT_NE(PreferencesText(*h.st).find("COMPORTS=16\nPORTNAME=\n\n[Controller]"),
+    EXPECT_NE(PreferencesText(*h.st).find("COMPORTS=16\nPORTNAME=\nBOOTENTRY=0\n\n[Controller]"),
               std::string::npos);
     h.st->PORTNAME = "/dev/ttyUSB0";
     ASSERT_TRUE(WritePreferences(*h.st, "a.ini"));
@@ -307,6 +307,24 @@ TEST(Preferences, PortNameIsAlwaysWrittenAfterComports) {
     ASSERT_TRUE(WritePreferences(*h.st, "a.ini"));
     ReadPreferences(*h.st, "a.ini");
     EXPECT_EQ(h.st->PORTNAME, "/dev/my port");
+}
+
+TEST(Preferences, BootEntryIsKeptAndTheCommandLinesIsNot) {
+    DataHome h;
+    WriteDataFiles(h);
+    Start(h);
+    h.st->kernelCount = 1;
+    h.st->BOOTENTRY = 2;
+    h.st->bootEntryOverride = 4;
+    ASSERT_TRUE(WritePreferences(*h.st, "a.ini"));
+    EXPECT_NE(h.read("a.ini").find("PORTNAME=\nBOOTENTRY=2\n\n[Controller]"), std::string::npos);
+    h.st->BOOTENTRY = 0;
+    ReadPreferences(*h.st, "a.ini");
+    EXPECT_EQ(h.st->BOOTENTRY, 2);
+    // A file without the key, as older files are, leaves the entry off.
+    h.write("b.ini", "[Communication]\nPORT=COM1\n");
+    ReadPreferences(*h.st, "b.ini");
+    EXPECT_EQ(h.st->BOOTENTRY, 0);
 }
 
 TEST(Preferences, WriterWithCurrentKernelOutOfRangeLeavesTheOldFile) {
@@ -351,7 +369,7 @@ TEST(Preferences, WritesTheExactOrderAndSpacing) {
         "[Vortelm]\nIDLENGTH=1\nKERNEL=ALD4_DEFAULT\nTRANSFERBUFFERSTARTADDRESS=00FC80\n\n"
         "[Communication]\nPORT=COM1\nBAUDRATE=9600\nPARITY=0\nDATA=8\nSTOPBITS=1\nTIMEOUT=2000\n"
         "KLINE=0\nTMODE=0\nCONNECTTIMEOUT=100\nCONNECTRETRY=10\nCHECKCONNECTION=1\nINITCHAR=0\n"
-        "COMPORTS=16\nPORTNAME=\n\n"
+        "COMPORTS=16\nPORTNAME=\nBOOTENTRY=0\n\n"
         "[Controller]\nMCTYPE=ALD7RK_BB\nCLK=20000000\n\n\n"
         "[Memory]\n\n"
         "NAME=IFLASH\nTYPE=IFLASH\nBLANK=0xFF\nBURSTSIZE=0x0080\nERASESIZE=0x0080\nACTIVATED\n"
