@@ -28,6 +28,9 @@ struct Target {
     link::ComPort& port;
     link::Boot boot;
     int checkTimer = -1;  // -1: the connection check timer is off
+    // True while a connection check runs: its waits yield to the event loop,
+    // and a tick that comes meanwhile must not start a second check.
+    bool checkRunning = false;
 };
 
 // ---- connection
