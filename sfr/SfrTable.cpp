@@ -170,8 +170,12 @@ class Loader {
         const int32_t high = std::max(first, second);
         const int32_t low = std::min(first, second);
         CheckBound(low, 15, "SFR bit");
+        // The width is kept in a byte: a wider field is a bound of the load,
+        // worked out in 64 bits so that no bound of the line overflows.
+        const int64_t width = int64_t{high} - int64_t{low} + 1;
+        CheckBound(width, 255, "SFR bit field width");
         SfrRecord& r = st_.sfrTable[static_cast<size_t>(index)];
-        r.bitWidth[static_cast<size_t>(low)] = static_cast<uint8_t>(high - low + 1);
+        r.bitWidth[static_cast<size_t>(low)] = static_cast<uint8_t>(width);
         const std::string_view name = FirstToken(text_);
         r.bitName[static_cast<size_t>(low)].assign(name.empty() ? text_ : name);
     }
