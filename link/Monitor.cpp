@@ -1,8 +1,10 @@
 #include "link/Monitor.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "core/Helpers.h"
+#include "core/Host.h"
 #include "core/RunTimeError.h"
 #include "link/ComPort.h"
 #include "link/DumpIo.h"
@@ -37,9 +39,30 @@ bool KernelHasFeature(const ProgramState& st, std::string_view feature) {
 void Monitor::begin() {
     port_.Cmd_P();
     port_.setReceiveThreshold(0);
+    // Every exchange starts from a clean line: what waits in the input now
+    // is the late rest of an earlier exchange, never an answer to this one.
+    port_.clearInput();
+    stray_ = false;
+    // After a failed exchange the board's late answer may still come: this
+    // exchange passes over what comes before its first acknowledge.
+    hunt_ = port_.lineMayLag;
 }
 
-void Monitor::end() {
+void Monitor::end(int32_t result) {
+    // After a failure in which the board said something else than the
+    // exchange expects, or more than it took, the rest of its late answer
+    // may still be on its way: it is taken away until the line has been
+    // quiet for a time-out (three time-outs at most in all), so that the
+    // next command meets the board in step. A board that said nothing
+    // costs nothing more.
+    if (result != 0 && (stray_ || port_.inCount() > 0)) {
+        const int32_t quietMs = std::max(st_.TIMEOUT, 1);
+        const int64_t giveUp = st_.host->nowUs() + 3 * int64_t{quietMs} * 1000;
+        while (port_.SSReceive(quietMs) >= 0 && st_.host->nowUs() < giveUp) {
+        }
+        port_.clearInput();
+    }
+    port_.lineMayLag = result != 0;
     port_.setReceiveThreshold(1);
     port_.Cmd_V();
 }
@@ -56,7 +79,21 @@ void Monitor::sendWord(int32_t value) {
 }
 
 bool Monitor::expect(uint8_t byte, int32_t timeoutMs) {
-    return port_.SSReceive(timeoutMs) == byte;
+    if (hunt_ && byte == st_.codes.A_ACK1) {
+        hunt_ = false;
+        const int64_t deadline = st_.host->nowUs() + int64_t{std::max(timeoutMs, 0)} * 1000;
+        for (;;) {
+            const int64_t leftMs = (deadline - st_.host->nowUs() + 999) / 1000;
+            if (leftMs <= 0) return false;
+            const int b = port_.SSReceive(static_cast<int32_t>(leftMs));
+            if (b == byte) return true;
+            if (b < 0) return false;
+        }
+    }
+    hunt_ = false;
+    const int b = port_.SSReceive(timeoutMs);
+    if (b >= 0 && b != byte) stray_ = true;
+    return b == byte;
 }
 
 int16_t Monitor::Cmd_WriteWord(int32_t adr1, int32_t val1) {
@@ -68,7 +105,7 @@ int16_t Monitor::Cmd_WriteWord(int32_t adr1, int32_t val1) {
     sendAddress(adr1);
     sendWord(val1);
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -92,7 +129,7 @@ int16_t Monitor::Cmd_ReadWord(int32_t adr1) {
         }
     }
     if (dataOk && !expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -112,7 +149,7 @@ int32_t Monitor::Cmd_ReadWord_Value(int32_t adr1) {
         r = lo + hi * 256;
         if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
     }
-    end();
+    end(r < 0 ? r : 0);
     return r;
 }
 
@@ -125,7 +162,7 @@ int16_t Monitor::Cmd_WriteWordSequence(int32_t bufferStartAddress, int32_t seqCo
     sendAddress(bufferStartAddress);
     port_.SSSend(static_cast<uint8_t>(seqCount & 0xFF));
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -139,7 +176,7 @@ int16_t Monitor::Cmd_SetProtection(int32_t password, int32_t level, int32_t newp
     port_.SSSend(static_cast<uint8_t>(newpassword & 0xFF));
     port_.SSSend(static_cast<uint8_t>(level & 0xFF));
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -152,7 +189,7 @@ int16_t Monitor::Cmd_Einit() {
     port_.setReceiveThreshold(0);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -163,7 +200,7 @@ int16_t Monitor::Cmd_reconnect() {
     port_.SSSend(c.C_TEST_COMM);
     if (!expect(c.A_ACK1, st_.CONNECTTIMEOUT)) r = -1;
     if (!expect(c.A_ACK2, st_.CONNECTTIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -199,7 +236,7 @@ int16_t Monitor::Cmd_Swreset() {
     port_.SSSend(c.C_SWRESET);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -211,7 +248,7 @@ int16_t Monitor::Cmd_Jmp(int32_t absadr1) {
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
     sendAddress(absadr1);
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -249,7 +286,7 @@ int16_t Monitor::Cmd_Write(int32_t address, int32_t length) {
     }
     port_.SSSend(c.C_GETCHECKSUM);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -5;
-    if (port_.SSReceive(st_.TIMEOUT) != sum) {
+    if (!expect(sum, st_.TIMEOUT)) {
         r = -3;
         clearValid();
     }
@@ -257,7 +294,7 @@ int16_t Monitor::Cmd_Write(int32_t address, int32_t length) {
         r = -4;
         clearValid();
     }
-    end();
+    end(r);
     return r;
 }
 
@@ -286,12 +323,12 @@ int16_t Monitor::Cmd_Read(int32_t address, int32_t length) {
     port_.SSSend(c.C_GETCHECKSUM);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -5;
     // A mismatch alone leaves the Valid marks as they are.
-    if (port_.SSReceive(st_.TIMEOUT) != sum) r = -3;
+    if (!expect(sum, st_.TIMEOUT)) r = -3;
     if (!expect(c.A_ACK2, st_.TIMEOUT)) {
         r = -4;
         clearValid();
     }
-    end();
+    end(r);
     return r;
 }
 
@@ -331,7 +368,7 @@ int16_t Monitor::Cmd_Call(int32_t absadr1, CallFrame& frame, bool sendZero) {
         // reaches the terminal
         if (sendZero) (void)port_.SSReceive(st_.TIMEOUT);
     }
-    end();
+    end(r);
     return r;
 }
 
