@@ -153,5 +153,6 @@ void Host::refreshMemory() {}
 void Host::gotoPage(int32_t) {}
 void Host::refreshSfrView() {}
 void Host::progress(int64_t, int64_t) {}
+void Host::failureReported(std::string_view) {}
 
 }  // namespace vortelm

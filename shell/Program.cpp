@@ -256,12 +256,17 @@ void Program::StepScaleForms() {}
 
 int16_t Program::RunCommandBoxLine(std::string_view line) {
     // The front ends' event: a bound met while sending ends the line only.
+    int16_t result = -1;
+    session_->lastFailureCode = 0;
     try {
-        return shell::RunCommandBoxLine(*session_, line);
+        result = shell::RunCommandBoxLine(*session_, line);
     } catch (const std::exception& e) {
         Text2Buffer(*st_, CrLf() + "*ERROR: " + e.what());
-        return -1;
+        result = -1;
     }
+    // No failure passes without a word beside the running text.
+    if (result != 0) st_->host->failureReported(FailureLine(line, result, session_->lastFailureCode));
+    return result;
 }
 
 void Program::ShutDownProgram() {

@@ -29,6 +29,8 @@ public:
     virtual void refreshMemory() = 0;
     virtual void gotoPage(int32_t address) = 0;
     virtual void progress(int64_t value, int64_t maximum) = 0;
+    // A failed operation's line, shown in the status bar.
+    virtual void showFailure(const std::string& /*line*/) {}
 };
 
 class QtHost : public QObject, public Host {
@@ -64,6 +66,7 @@ public:
     void refreshMemory() override;
     void gotoPage(int32_t address) override;
     void progress(int64_t value, int64_t maximum) override;
+    void failureReported(std::string_view line) override;
 
     // Runs the ready and due sources and arms the wake-up for the next due
     // time (also called by the notifiers and the due timer).

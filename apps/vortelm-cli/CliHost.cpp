@@ -59,6 +59,12 @@ void CliHost::terminalAppended(std::string_view text) {
     std::fflush(stdout);
 }
 
+void CliHost::failureReported(std::string_view line) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "vortelm-cli: %.*s\n", static_cast<int>(line.size()), line.data());
+    std::fflush(stderr);
+}
+
 void CliHost::flush() {
     if (heldCr_) std::fputc('\r', stdout);
     heldCr_ = false;

@@ -20,6 +20,8 @@ class CliHost : public Host {
     void terminalAppended(std::string_view text) override;
     void printLines(std::span<const std::string> lines) override;
     bool startDetached(const std::string& program, const std::vector<std::string>& args) override;
+    // The failure line goes to standard error, after the running text so far.
+    void failureReported(std::string_view line) override;
 
     // Writes a carriage return still held back at the end.
     void flush();
