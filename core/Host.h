@@ -92,6 +92,9 @@ public:
     // One line naming a failed operation and its code, beside the running
     // text (the CLI's standard error, the GUI's status bar).
     virtual void failureReported(std::string_view line);
+    // ScaleForms: every window grows or shrinks by the factors (relative to
+    // its present scale).
+    virtual void scaleForms(double xFactor, double yFactor);
 
 protected:
     std::string clipboard_;
