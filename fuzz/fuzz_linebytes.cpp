@@ -51,11 +51,18 @@ void SetUp(ProgramState& st) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 4) return 0;
-    TestHost host;
-    ProgramState st{host};
-    SetUp(st);
+    // One state for the run (building one costs more than an input); what
+    // an input may change is set again.
+    static TestHost host;
+    static ProgramState st{host};
+    static const bool once = (SetUp(st), true);
+    (void)once;
+    st.ConnectionState = 1;
+    st.terminalBuffer.clear();
+    st.terminalLines = 0;
+    st.selections.count = 0;
     link::ComPort port{st};
-    auto owned = std::make_unique<channel::ScriptedChannel>([&host] { return host.now; });
+    auto owned = std::make_unique<channel::ScriptedChannel>([] { return host.now; });
     channel::ScriptedChannel* ch = owned.get();
     port.attach(std::move(owned));
     port.setReceiveThreshold(1);

@@ -16,6 +16,7 @@
 
 #include "core/ProgramState.h"
 #include "core/TestHost.h"
+#include "link/ComPort.h"
 #include "shell/Program.h"
 
 namespace {
@@ -36,15 +37,32 @@ const std::string& Home() {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size < 1) return 0;
     using namespace vortelm;
-    TestHost host;
-    shell::ProgramOptions options;
-    options.home = Home();
-    const int dieAt = data[0] % 48;  // 0: the board always answers
-    options.portOverride = dieAt == 0 ? "sim:" : "sim:?fault=die@" + std::to_string(dieAt);
-    shell::Program program(host, options);
-    program.StartUp();
+    // One program for the run (its start-up costs more than an input); each
+    // input gets a fresh board and the settings a line may have changed
+    // are set again.
+    static TestHost host;
+    static const std::unique_ptr<shell::Program> made = [] {
+        shell::ProgramOptions options;
+        options.home = Home();
+        options.portOverride = "sim:";
+        auto p = std::make_unique<shell::Program>(host, options);
+        p->StartUp();
+        return p;
+    }();
+    shell::Program& program = *made;
     ProgramState& st = program.state();
+    const int dieAt = data[0] % 48;  // 0: the board always answers
+    st.portOverride = dieAt == 0 ? "sim:" : "sim:?fault=die@" + std::to_string(dieAt);
+    program.port().close();
+    st.ConnectionState = 0;
     st.CHECKCONNECTION = 1;
+    st.TIMEOUT = 2000;
+    st.CONNECTTIMEOUT = 100;
+    st.KLINE = 0;
+    st.BAUDRATE = 9600;
+    st.selections.count = 0;
+    st.terminalBuffer.clear();
+    st.terminalLines = 0;
     (void)program.RunCommandBoxLine("_connect NOPROMPT");
 
     std::string_view rest(reinterpret_cast<const char*>(data + 1), size - 1);
