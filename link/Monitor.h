@@ -67,7 +67,4 @@ private:
     bool hunt_ = false;   // the first acknowledge is looked for past late bytes
 };
 
-// True if the current kernel lists the feature with its flag set.
-[[nodiscard]] bool KernelHasFeature(const ProgramState& st, std::string_view feature);
-
 }  // namespace vortelm::link
