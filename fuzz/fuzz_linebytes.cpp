@@ -44,7 +44,7 @@ void SetUp(ProgramState& st) {
     st.sfrTable[1].name = "SP";
     st.sfrTable[1].address = 0xFE12;
     st.sfrCount = 2;
-    st.ConnectionState = 1;
+    st.ConnectionState = kConnectedAndReady;
 }
 
 }  // namespace
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static ProgramState st{host};
     static const bool once = (SetUp(st), true);
     (void)once;
-    st.ConnectionState = 1;
+    st.ConnectionState = kConnectedAndReady;
     st.terminalBuffer.clear();
     st.terminalLines = 0;
     st.selections.count = 0;
@@ -137,11 +137,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 case 15: {
                     // Bytes nobody waits for: the receive event takes them,
                     // in the states of a running program and the debugger.
-                    st.ConnectionState = static_cast<int16_t>(op % 7);
+                    st.ConnectionState = static_cast<Connection>(op % 7);
                     port.SSSend(0x00);
                     port.setReceiveThreshold(1);
                     for (int y = 0; y < 8; ++y) host.yield(host.now + 5'000);
-                    st.ConnectionState = 1;
+                    st.ConnectionState = kConnectedAndReady;
                     break;
                 }
                 case 16: {

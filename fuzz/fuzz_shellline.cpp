@@ -54,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int dieAt = data[0] % 48;  // 0: the board always answers
     st.portOverride = dieAt == 0 ? "sim:" : "sim:?fault=die@" + std::to_string(dieAt);
     program.port().close();
-    st.ConnectionState = 0;
+    st.ConnectionState = kNotConnected;
     st.CHECKCONNECTION = 1;
     st.TIMEOUT = 2000;
     st.CONNECTTIMEOUT = 100;

@@ -178,7 +178,7 @@ class FaultMatrix : public ::testing::Test {
         MatrixBoard* raw = b.get();
         program_->port().attach(std::move(b));
         program_->port().setReceiveThreshold(1);
-        st().ConnectionState = 0;
+        st().ConnectionState = kNotConnected;
         return raw;
     }
 

@@ -29,7 +29,7 @@ struct CheckReentry : ::testing::Test {
         board->mode = ScriptedBoard::Mode::Monitor;
         port.attach(std::move(b));
         port.setReceiveThreshold(1);
-        st.ConnectionState = 1;
+        st.ConnectionState = kConnectedAndReady;
         target::EnableConnectionCheck(tgt);
     }
     void TearDown() override { target::DisableConnectionCheck(tgt); }
