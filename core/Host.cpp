@@ -162,6 +162,7 @@ void Host::refreshAfterOperation(bool sfrView) {
     refreshFeatureButtons();
 }
 void Host::progress(int64_t, int64_t) {}
+void Host::failureReported(std::string_view) {}
 
 void RefreshAfterOperation(ProgramState& st) {
     st.host->refreshAfterOperation(st.REFRESHSFR != 0);

@@ -96,6 +96,9 @@ public:
     virtual void refreshAfterOperation(bool sfrView);
     // Progress of a long operation: value of maximum; maximum 0 hides it.
     virtual void progress(int64_t value, int64_t maximum);
+    // One line naming a failed operation and its code, beside the running
+    // text (the CLI's standard error, the GUI's status bar).
+    virtual void failureReported(std::string_view line);
     // ScaleForms: every window grows or shrinks by the factors (relative to
     // its present scale).
     virtual void scaleForms(double xFactor, double yFactor);

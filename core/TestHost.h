@@ -92,6 +92,8 @@ class TestHost : public Host {
     void progress(int64_t value, int64_t maximum) override {
         progressCalls.emplace_back(value, maximum);
     }
+    std::vector<std::string> failures;  // every failure line, in order
+    void failureReported(std::string_view line) override { failures.emplace_back(line); }
 
   private:
     struct Timer {

@@ -76,14 +76,16 @@ bool AllRead(const uint8_t* status, size_t len) {
 void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fillValue) {
     auto& sel = st.selections;
     MergeSelections(sel);
-    if (FileExists(st, name, kFalse)) RemoveFile(st, name);
     const std::string resolved = ResolveSavePath(st, name);
 
-    FileOut file(NativePath(resolved));
-    if (!file.isOpen()) throw RunTimeError("file " + resolved + " cannot be opened for writing");
+    // The file is made in memory and replaces the old one in one step, so
+    // that a kill or a full disk leaves the old file whole.
+    // A write lands at its position and may stand past the bytes so far.
+    std::string file;
     auto put = [&](uint64_t position, std::string_view bytes) {
-        if (!file.writeAt(position, bytes))
-            throw RunTimeError("file " + resolved + " cannot be written");
+        const uint64_t end = position + bytes.size();
+        if (end > file.size()) file.resize(static_cast<size_t>(end));
+        std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(position));
     };
 
     // One byte per address from position 0. A gap byte is written as 16
@@ -105,8 +107,9 @@ void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fill
                     for (size_t k = 0; k < len; ++k) {
                         if (status[k] & kRead) continue;
                         if (fillValue < 0) {
-                            put(pos,
-                                std::string_view(reinterpret_cast<const char*>(filled.data()), k));
+                            // The file holds what came before the unread byte.
+                            put(pos, std::string_view(reinterpret_cast<const char*>(filled.data()), k));
+                            WriteOutput(resolved, file);
                             throw RunTimeError(
                                 "fill value " + std::to_string(fillValue) +
                                 " for the unread byte at " +
@@ -131,7 +134,7 @@ void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fill
             }
         }
     }
-    if (!file.close()) throw RunTimeError("file " + resolved + " cannot be written");
+    WriteOutput(resolved, file);
 }
 
 int32_t LoadBinaryCommand(ProgramState& st, std::string_view name, int32_t address) {

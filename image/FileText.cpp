@@ -78,47 +78,5 @@ std::string_view LineCursor::next() {
     return {base, len};
 }
 
-bool WriteWholeFile(const std::string& nativeName, std::string_view text) {
-    const int fd = ::open(nativeName.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (fd < 0) return false;
-    size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
-        if (n <= 0) {
-            ::close(fd);
-            return false;
-        }
-        done += static_cast<size_t>(n);
-    }
-    return ::close(fd) == 0;
-}
-
 }  // namespace vortelm
 
-namespace vortelm {
-
-FileOut::FileOut(const std::string& nativeName)
-    : fd_(::open(nativeName.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)) {}
-
-FileOut::~FileOut() {
-    if (fd_ >= 0) ::close(fd_);
-}
-
-bool FileOut::writeAt(uint64_t position, std::string_view bytes) {
-    size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = ::pwrite(fd_, bytes.data() + done, bytes.size() - done,
-                                   static_cast<off_t>(position + done));
-        if (n <= 0) return false;
-        done += static_cast<size_t>(n);
-    }
-    return true;
-}
-
-bool FileOut::close() {
-    const int fd = fd_;
-    fd_ = -1;
-    return fd >= 0 && ::close(fd) == 0;
-}
-
-}  // namespace vortelm

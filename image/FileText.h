@@ -51,24 +51,6 @@ class LineCursor {
     bool nlKnown_ = false;
 };
 
-// A file written at given positions (replacing an old one).
-class FileOut {
-  public:
-    explicit FileOut(const std::string& nativeName);
-    ~FileOut();
-    FileOut(const FileOut&) = delete;
-    FileOut& operator=(const FileOut&) = delete;
-    [[nodiscard]] bool isOpen() const { return fd_ >= 0; }
-    [[nodiscard]] bool writeAt(uint64_t position, std::string_view bytes);
-    [[nodiscard]] bool close();
-
-  private:
-    int fd_;
-};
-
-// Writes the whole text to the native file, replacing it. False on failure.
-[[nodiscard]] bool WriteWholeFile(const std::string& nativeName, std::string_view text);
-
 // Hexadecimal digit values, -1 for every other character.
 struct HexDigits {
     int8_t v[256];

@@ -11,6 +11,7 @@
 #include "core/Host.h"
 #include "core/ProgramState.h"
 #include "core/RunTimeError.h"
+#include "core/SafeFile.h"
 #include "core/Text.h"
 #include "image/Dump.h"
 #include "image/FileText.h"
@@ -26,9 +27,13 @@ inline FileBytes OpenForReading(const std::string& resolved) {
     return std::move(*f);
 }
 
+// Replaces the file of a resolved program name by the text: a failure ends
+// the command with the run-time error of a file that cannot be written, and
+// the old file stays as it was.
 inline void WriteOutput(const std::string& resolved, std::string_view text) {
-    if (!WriteWholeFile(NativePath(resolved), text))
-        throw RunTimeError("file " + resolved + " cannot be opened for writing");
+    const SafeWriteResult r = ReplaceFile(NativePath(resolved), text);
+    if (!r.ok)
+        throw RunTimeError("file " + resolved + " cannot be opened for writing: " + r.reason);
 }
 
 // A record size below 1 would never advance a writer.

@@ -94,6 +94,10 @@ public:
     int16_t TestAbort = 0;
     int16_t TimerElapsed = 0;
     int16_t Timer2Elapsed = 0;
+    // The last monitor exchange failed: the late rest of its answer may
+    // still arrive, and the next exchange looks past it for its first
+    // acknowledge.
+    bool lineMayLag = false;
 
     // ---- signal lines
     void setRts(bool on);

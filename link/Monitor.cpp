@@ -1,9 +1,11 @@
 #include "link/Monitor.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "config/Kernels.h"
 #include "core/Helpers.h"
+#include "core/Host.h"
 #include "core/RunTimeError.h"
 #include "link/ComPort.h"
 #include "link/DumpIo.h"
@@ -14,9 +16,30 @@ namespace vortelm::link {
 void Monitor::begin() {
     port_.Cmd_P();
     port_.setReceiveThreshold(0);
+    // Every exchange starts from a clean line: what waits in the input now
+    // is the late rest of an earlier exchange, never an answer to this one.
+    port_.clearInput();
+    stray_ = false;
+    // After a failed exchange the board's late answer may still come: this
+    // exchange passes over what comes before its first acknowledge.
+    hunt_ = port_.lineMayLag;
 }
 
-void Monitor::end() {
+void Monitor::end(int32_t result) {
+    // After a failure in which the board said something else than the
+    // exchange expects, or more than it took, the rest of its late answer
+    // may still be on its way: it is taken away until the line has been
+    // quiet for a time-out (three time-outs at most in all), so that the
+    // next command meets the board in step. A board that said nothing
+    // costs nothing more.
+    if (result != 0 && (stray_ || port_.inCount() > 0)) {
+        const int32_t quietMs = std::max(st_.TIMEOUT, 1);
+        const int64_t giveUp = st_.host->nowUs() + 3 * int64_t{quietMs} * 1000;
+        while (port_.SSReceive(quietMs) >= 0 && st_.host->nowUs() < giveUp) {
+        }
+        port_.clearInput();
+    }
+    port_.lineMayLag = result != 0;
     port_.setReceiveThreshold(1);
     port_.Cmd_V();
 }
@@ -51,7 +74,21 @@ void Monitor::sendBlockRequest(int32_t address, int32_t length, std::span<const 
 }
 
 bool Monitor::expect(uint8_t byte, int32_t timeoutMs) {
-    return port_.SSReceive(timeoutMs) == byte;
+    if (hunt_ && byte == st_.codes.A_ACK1) {
+        hunt_ = false;
+        const int64_t deadline = st_.host->nowUs() + int64_t{std::max(timeoutMs, 0)} * 1000;
+        for (;;) {
+            const int64_t leftMs = (deadline - st_.host->nowUs() + 999) / 1000;
+            if (leftMs <= 0) return false;
+            const int b = port_.SSReceive(static_cast<int32_t>(leftMs));
+            if (b == byte) return true;
+            if (b < 0) return false;
+        }
+    }
+    hunt_ = false;
+    const int b = port_.SSReceive(timeoutMs);
+    if (b >= 0 && b != byte) stray_ = true;
+    return b == byte;
 }
 
 int16_t Monitor::Cmd_WriteWord(int32_t adr1, int32_t val1) {
@@ -63,7 +100,7 @@ int16_t Monitor::Cmd_WriteWord(int32_t adr1, int32_t val1) {
     sendAddress(adr1);
     sendWord(val1);
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -87,7 +124,7 @@ int16_t Monitor::Cmd_ReadWord(int32_t adr1) {
         }
     }
     if (dataOk && !expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -107,7 +144,7 @@ int32_t Monitor::Cmd_ReadWord_Value(int32_t adr1) {
         r = lo + hi * 256;
         if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
     }
-    end();
+    end(r < 0 ? r : 0);
     return r;
 }
 
@@ -120,7 +157,7 @@ int16_t Monitor::Cmd_WriteWordSequence(int32_t bufferStartAddress, int32_t seqCo
     sendAddress(bufferStartAddress);
     port_.SSSend(static_cast<uint8_t>(seqCount & 0xFF));
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -134,7 +171,7 @@ int16_t Monitor::Cmd_SetProtection(int32_t password, int32_t level, int32_t newp
     port_.SSSend(static_cast<uint8_t>(newpassword & 0xFF));
     port_.SSSend(static_cast<uint8_t>(level & 0xFF));
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -147,7 +184,7 @@ int16_t Monitor::Cmd_Einit() {
     port_.setReceiveThreshold(0);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -158,7 +195,7 @@ int16_t Monitor::Cmd_reconnect() {
     port_.SSSend(c.C_TEST_COMM);
     if (!expect(c.A_ACK1, st_.CONNECTTIMEOUT)) r = -1;
     if (!expect(c.A_ACK2, st_.CONNECTTIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -194,7 +231,7 @@ int16_t Monitor::Cmd_Swreset() {
     port_.SSSend(c.C_SWRESET);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -206,7 +243,7 @@ int16_t Monitor::Cmd_Jmp(int32_t absadr1) {
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -1;
     sendAddress(absadr1);
     if (!expect(c.A_ACK2, st_.TIMEOUT)) r = -2;
-    end();
+    end(r);
     return r;
 }
 
@@ -242,7 +279,7 @@ int16_t Monitor::Cmd_Write(int32_t address, int32_t length) {
     }
     port_.SSSend(c.C_GETCHECKSUM);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -5;
-    if (port_.SSReceive(st_.TIMEOUT) != sum) {
+    if (!expect(sum, st_.TIMEOUT)) {
         r = -3;
         clearValid();
     }
@@ -250,7 +287,7 @@ int16_t Monitor::Cmd_Write(int32_t address, int32_t length) {
         r = -4;
         clearValid();
     }
-    end();
+    end(r);
     return r;
 }
 
@@ -278,12 +315,12 @@ int16_t Monitor::Cmd_Read(int32_t address, int32_t length) {
     port_.SSSend(c.C_GETCHECKSUM);
     if (!expect(c.A_ACK1, st_.TIMEOUT)) r = -5;
     // A mismatch alone leaves the Valid marks as they are.
-    if (port_.SSReceive(st_.TIMEOUT) != sum) r = -3;
+    if (!expect(sum, st_.TIMEOUT)) r = -3;
     if (!expect(c.A_ACK2, st_.TIMEOUT)) {
         r = -4;
         clearValid();
     }
-    end();
+    end(r);
     return r;
 }
 
@@ -323,7 +360,7 @@ int16_t Monitor::Cmd_Call(int32_t absadr1, CallFrame& frame, bool sendZero) {
         // reaches the terminal
         if (sendZero) (void)port_.SSReceive(st_.TIMEOUT);
     }
-    end();
+    end(r);
     return r;
 }
 

@@ -55,8 +55,8 @@ public:
     [[nodiscard]] int32_t cmd_pop2nd(bool changeStackpointer);
 
 private:
-    void begin();  // Cmd_P, threshold 0
-    void end();    // threshold 1, Cmd_V
+    void begin();                // Cmd_P, threshold 0, the input drained
+    void end(int32_t result);    // after a failure the line settles; threshold 1, Cmd_V
     void sendAddress(int32_t address);
     void sendWord(int32_t value);
     // Address, length and the data behind them (empty for a read), as the
@@ -69,6 +69,8 @@ private:
 
     ProgramState& st_;
     ComPort& port_;
+    bool stray_ = false;  // a byte came that the exchange did not expect
+    bool hunt_ = false;   // the first acknowledge is looked for past late bytes
 };
 
 }  // namespace vortelm::link

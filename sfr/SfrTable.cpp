@@ -14,6 +14,7 @@
 #include "core/Host.h"
 #include "core/ProgramState.h"
 #include "core/RunTimeError.h"
+#include "core/SafeFile.h"
 #include "core/Text.h"
 
 namespace vortelm {
@@ -170,8 +171,12 @@ class Loader {
         const int32_t high = std::max(first, second);
         const int32_t low = std::min(first, second);
         CheckBound(low, 15, "SFR bit");
+        // The width is kept in a byte: a wider field is a bound of the load,
+        // worked out in 64 bits so that no bound of the line overflows.
+        const int64_t width = int64_t{high} - int64_t{low} + 1;
+        CheckBound(width, 255, "SFR bit field width");
         SfrRecord& r = st_.sfrTable[static_cast<size_t>(index)];
-        r.bitWidth[static_cast<size_t>(low)] = static_cast<uint8_t>(high - low + 1);
+        r.bitWidth[static_cast<size_t>(low)] = static_cast<uint8_t>(width);
         const std::string_view name = FirstToken(text_);
         r.bitName[static_cast<size_t>(low)].assign(name.empty() ? text_ : name);
     }
@@ -430,16 +435,14 @@ int ReadSfrFile(ProgramState& st, std::string_view path) {
 }
 
 bool WriteSfrCache(const ProgramState& st, std::string_view cachePath) {
-    std::FILE* f = std::fopen(NativePath(ResolveInProgramFolder(st, cachePath)).c_str(), "wb");
-    if (!f) return false;
-    std::vector<char> buffer(1 << 16);
-    std::setvbuf(f, buffer.data(), _IOFBF, buffer.size());
+    // The whole cache replaces the old one in one step: a reader never finds
+    // half a cache with a newer time than its .SFR file.
     std::string out;
-    out.reserve(kSfrCacheRecordSize);
-    bool ok = true;
-    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound && ok; ++i) {
+    const int32_t n = std::clamp<int32_t>(st.sfrCount, 0, kSfrBound + 1);
+    out.reserve(static_cast<size_t>(n) * kSfrCacheRecordSize);
+    for (int32_t i = 0; i < n; ++i) {
         const SfrRecord& r = st.sfrTable[static_cast<size_t>(i)];
-        out.clear();
+        const size_t begin = out.size();
         PutName(out, r.name);
         PutLe<int32_t>(out, r.address);
         PutLe<int16_t>(out, r.shortAddress);
@@ -449,10 +452,9 @@ bool WriteSfrCache(const ProgramState& st, std::string_view cachePath) {
         for (int16_t w : r.reserved2) PutLe<int16_t>(out, w);
         out += static_cast<char>(r.reserved3);
         PutLe<int16_t>(out, r.extended);
-        out.append(kSfrCacheRecordSize - out.size(), '\0');
-        ok = std::fwrite(out.data(), 1, out.size(), f) == out.size();
+        out.append(kSfrCacheRecordSize - (out.size() - begin), '\0');
     }
-    return std::fclose(f) == 0 && ok;
+    return ReplaceFile(NativePath(ResolveInProgramFolder(st, cachePath)), out).ok;
 }
 
 void ReadSfrCache(ProgramState& st, std::string_view cachePath) {

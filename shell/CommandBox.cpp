@@ -27,6 +27,19 @@ bool Send(Session& s, uint8_t b, bool& reported) {
 
 }  // namespace
 
+std::string FailureLine(std::string_view line, int16_t result, int32_t operationCode) {
+    std::string text(line.substr(0, 60));
+    if (line.size() > 60) text += "...";
+    if (operationCode == 0) return text + ": failed with result " + std::to_string(result);
+    text += ": failed with code " + std::to_string(operationCode);
+    switch (operationCode) {
+        case -100: return text + " (not connected to the target)";
+        case -101: return text + " (kernel feature not supported)";
+        case -6: return text + " (the range touches the running monitor)";
+        default: return text;
+    }
+}
+
 void CommandHistory::add(std::string_view line) {
     lines.insert(lines.begin(), std::string(line));
     if (lines.size() > kKeep) lines.erase(lines.begin() + kKeep);

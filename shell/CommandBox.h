@@ -17,6 +17,12 @@ namespace vortelm::shell {
 // for commands, 0 for sent text, -1 when nothing could be sent.
 int16_t RunCommandBoxLine(Session& s, std::string_view line);
 
+// The one line that names a failed command box line and its code, for the
+// front ends to show beside the running text: the line (cut at 60
+// characters), then the code of the failed operation when there was one,
+// else the line's result.
+[[nodiscard]] std::string FailureLine(std::string_view line, int16_t result, int32_t operationCode);
+
 // The history of the command box: the newest line first, 50 lines at most,
 // duplicates kept.
 struct CommandHistory {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "config/DataHome.h"
 #include "config/Kernels.h"
 #include "config/Startup.h"
 #include "core/Helpers.h"
@@ -148,8 +149,9 @@ void Program::StartUp() {
     RunStep(&Program::StepScaleForms);
 }
 
-// 1. The program folder is the data home. When it holds no mctypes.dat, the
-// delivered data tree is copied into it (files already there stay).
+// 1. The program folder is the data home. Until it holds a complete copy of
+// the delivered data tree, the files it lacks are copied into it (files
+// that hold something stay).
 void Program::StepFirstRun() {
     ProgramState& st = *st_;
     st.programFolder = DataHome(options_.home);
@@ -160,14 +162,15 @@ void Program::StepFirstRun() {
                             ec.message());
         return;
     }
-    if (FileExists(st, "mctypes.dat", kFalse)) return;
+    // A home is complete once a whole copy has been made; until then every
+    // start copies what is missing or was cut short, file by file.
+    if (DataHomeComplete(st.programFolder)) return;
     const std::string source = DeliveredDataTree(options_.dataSource);
     if (source.empty()) return;  // steps 5 and 6 report the missing files
-    fs::copy(source, st.programFolder,
-             fs::copy_options::recursive | fs::copy_options::skip_existing, ec);
-    if (ec)
-        Text2Buffer(st, CrLf() + "*ERROR: Can not copy " + source + " to " + st.programFolder + ": " +
-                            ec.message());
+    const DataCopyResult copy = InstallDataTree(source, st.programFolder);
+    for (const std::string& error : copy.errors)
+        Text2Buffer(st, CrLf() + "*ERROR: Can not copy the delivered data to " + st.programFolder +
+                            ": " + error);
 }
 
 // 2. The launch window is the GUI's; the CLI shows none.
@@ -265,12 +268,17 @@ void Program::StepScaleForms() {
 
 int16_t Program::RunCommandBoxLine(std::string_view line) {
     // The front ends' event: a bound met while sending ends the line only.
+    int16_t result = -1;
+    session_->lastFailureCode = 0;
     try {
-        return shell::RunCommandBoxLine(*session_, line);
+        result = shell::RunCommandBoxLine(*session_, line);
     } catch (const std::exception& e) {
         Text2Buffer(*st_, CrLf() + "*ERROR: " + e.what());
-        return -1;
+        result = -1;
     }
+    // No failure passes without a word beside the running text.
+    if (result != 0) st_->host->failureReported(FailureLine(line, result, session_->lastFailureCode));
+    return result;
 }
 
 void Program::ShutDownProgram() {

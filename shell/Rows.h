@@ -23,6 +23,9 @@ struct RowResult {
     // Added to the line's result (the checksum rows lower a bad width's
     // result by a further amount).
     int32_t adjust = 0;
+    // The code the failed operation gave (the target operations' and the
+    // monitor commands' codes), for the failure line of the front ends.
+    int32_t code = 0;
 };
 
 using RowFn = RowResult (*)(Session&);

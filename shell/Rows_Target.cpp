@@ -21,7 +21,7 @@ using namespace rowargs;
 constexpr RowResult kIllegal{-2, false};
 constexpr RowResult kNoKernelFeature{-5, false};
 
-RowResult Passed(int32_t result) { return {0, result != 0}; }
+RowResult Passed(int32_t result) { return {0, result != 0, 0, result}; }
 
 // The target rows need the wired channel; a session without one reports as
 // an unconnected target does.
@@ -82,7 +82,8 @@ RowResult Compare(Session& s) {
     auto* t = TargetOf(s);
     if (t == nullptr) return {0, true};
     // A count of differing bytes is a result, not a failure.
-    return {0, target::compare(*t, name) < 0};
+    const int r = target::compare(*t, name);
+    return {0, r < 0, 0, r};
 }
 
 RowResult Mov(Session& s) {
@@ -157,7 +158,7 @@ RowResult U16(Session& s) {
     auto* t = TargetOf(s);
     if (t == nullptr) return {0, true};
     const int32_t value = link::Monitor(s.st, t->port).Cmd_ReadWord_Value(from);
-    if (value < 0) return {-3, false};
+    if (value < 0) return {-3, false, 0, value};
     StoreWord(s.st, to, value);
     return {0, false};
 }

@@ -100,6 +100,10 @@ struct Session {
     // Reads the SFR view again after a command while connected (when the
     // global SFR refresh is on). Unset: the host's refreshSfrView.
     std::function<void()> readSfrView;
+
+    // The code of the operation that failed in the last line run, 0 when
+    // none did (read by the command box for its failure line).
+    int32_t lastFailureCode = 0;
 };
 
 }  // namespace vortelm::shell

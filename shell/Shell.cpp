@@ -154,6 +154,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
     int32_t row = -1;
 
     if (checkOnly == 0) Text2Buffer(st, ">" + std::string(line) + CrLf());
+    if (checkOnly == 0) s.lastFailureCode = 0;
     try {
         ParseShellArguments(s, line);
         const size_t wordEnd =
@@ -194,6 +195,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                         const RowResult r = fn(s);
                         status = r.status;
                         if (r.failed) extra = cmd.id;
+                        s.lastFailureCode = r.code;
                         extra += r.adjust;
                     } else {
                         Say(st, "*ERROR: Command not available in this build");

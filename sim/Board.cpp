@@ -299,6 +299,14 @@ bool Board::hits(FaultKind kind) {
 
 // ---- the byte path -----------------------------------------------------------------
 
+void Board::lineSilent() {
+    if (mode_ != Mode::Monitor || command_ == 0) return;
+    command_ = 0;
+    collected_.clear();
+    inData_ = false;
+    helperZero_ = false;
+}
+
 void Board::receive(uint8_t byte, bool clean, double hostRate, std::vector<BoardByte>& out) {
     const bool measures = byte == 0x00;
     if (!clean) byte = static_cast<uint8_t>(byte ^ 0x5A) == 0 ? 0xFF : static_cast<uint8_t>(byte ^ 0x5A);

@@ -57,6 +57,10 @@ public:
     // differ by more than the receiver tolerates; `hostRate` is what the
     // board measures from a 0x00 when it autobauds.
     void receive(uint8_t byte, bool clean, double hostRate, std::vector<BoardByte>& out);
+    // The line was silent longer than the host waits: a command the monitor
+    // has only partly received is given up, so that the next byte is a
+    // command again.
+    void lineSilent();
 
     // RESET held (true) or released; `bootstrap` is the BSL pin at release.
     void holdReset();

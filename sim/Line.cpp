@@ -116,6 +116,9 @@ void Line::advance(int64_t now) {
         toBoard_.pop_front();
         trace(h.t, "H>B", h.byte);
         out.clear();
+        if (lastHostByte_ >= 0 && options_.resyncUs > 0 && tp - lastHostByte_ > options_.resyncUs)
+            board_.lineSilent();
+        lastHostByte_ = tp;
         board_.receive(h.byte, ratesAgree(), hostRate_, out);
         schedule(out, tp, true);
         if (board_.hangupRequested()) hungUp_ = true;

@@ -27,6 +27,9 @@ struct LineOptions {
     double latencyUs = 0;
     bool knowsHostRate = true;  // false on TCP: rates are taken to agree
     std::string tracePath;
+    // A silence from the host longer than this makes the monitor give up a
+    // command it has only partly received (longer than the host's time-out).
+    double resyncUs = 2'500'000;
 };
 
 class Line {
@@ -87,6 +90,7 @@ private:
     double boardBusyUntil_ = 0;
     uint32_t boardBytes_ = 0;
     bool hungUp_ = false;
+    double lastHostByte_ = -1;  // when the board took the host's last byte
 };
 
 }  // namespace vortelm::sim

@@ -144,12 +144,23 @@ int disconnect(Target& t) {
 void CheckConnection(Target& t) {
     ProgramState& st = t.st;
     const int16_t semaphore = t.port.ComSemaphore;
-    if (st.ConnectionState != kConnectedAndReady || semaphore == 2 || st.CHECKCONNECTION == 0)
-        return;
-    // A foreground command that has just taken the line (semaphore 3) makes
-    // the test give up at once through TestAbort.
+    // A tick that comes while a check or any exchange holds the line does
+    // nothing: the waits of both yield to the event loop, and a check begun
+    // inside them would restart the shared wait of the one in flight and
+    // nest without end on a silent board.
+    if (t.checkRunning || semaphore != 0) return;
+    if (st.ConnectionState != kConnectedAndReady || st.CHECKCONNECTION == 0) return;
+    // A foreground command that takes the line during the test (semaphore
+    // 3) makes it give up at once through TestAbort.
     link::Monitor mon(st, t.port);
     bool gaveWay = false;
+    struct Running {
+        bool& flag;
+        explicit Running(bool& f) : flag(f) { flag = true; }
+        ~Running() { flag = false; }
+        Running(const Running&) = delete;
+        Running& operator=(const Running&) = delete;
+    } running(t.checkRunning);
     const int16_t r = mon.Cmd_testconnection(&gaveWay);
     // A test that gave way to a foreground command says nothing of the line.
     if (r != 0 && !gaveWay) {

@@ -41,6 +41,9 @@ struct Target {
     link::Boot boot;
     int checkTimer = -1;  // -1: the connection check timer is off
     ResetRegisters reset;
+    // True while a connection check runs: its waits yield to the event loop,
+    // and a tick that comes meanwhile must not start a second check.
+    bool checkRunning = false;
 };
 
 // ---- connection

@@ -1,9 +1,9 @@
 #include <array>
-#include <fstream>
 
 #include "core/Helpers.h"
 #include "core/Host.h"
 #include "core/RunTimeError.h"
+#include "core/SafeFile.h"
 #include "core/Text.h"
 #include "link/ComPort.h"
 #include "link/DumpIo.h"
@@ -110,10 +110,17 @@ int compare(Target& t, std::string_view logFileName) {
     ProgramState& st = t.st;
     if (int r = CheckPreconditions(st, "READBLOCK"); r != 0) return r;
     st.host->setBusy(true);
-    std::ofstream file;
+    // The report to a file is gathered here and replaces the old file in one
+    // step when the compare ends, however it ends.
+    std::string file;
     const bool toFile = !logFileName.empty();
-    if (toFile)
-        file.open(NativePath(ResolveInProgramFolder(st, logFileName)), std::ios::binary | std::ios::trunc);
+    auto writeReport = [&]() {
+        if (!toFile) return;
+        const std::string resolved = ResolveInProgramFolder(st, logFileName);
+        if (const SafeWriteResult w = ReplaceFile(NativePath(resolved), file); !w.ok)
+            Text2Buffer(st, "\r\n*ERROR: file " + resolved + " cannot be opened for writing: " +
+                                w.reason);
+    };
     link::Monitor mon(st, t.port);
     const auto& sel = st.selections;
     const int64_t all = SelectedBytes(sel, 0, sel.count - 1);
@@ -134,7 +141,7 @@ int compare(Target& t, std::string_view logFileName) {
             const std::string line = "Comparison at address " + HexText(a + i, 6) + " expected: " +
                                      HexText(expected, 2) + " found: " + HexText(found, 2);
             if (toFile)
-                file << line << "\n";
+                file += line + "\n";
             else
                 Text2Buffer(st, "*" + line + "\r\n");
             dio::Write(st.dump, a + i, expected);
@@ -149,11 +156,13 @@ int compare(Target& t, std::string_view logFileName) {
     st.host->progress(0, 0);
     if (r == 1) {
         Text2Buffer(st, "\r\n*ERROR: no data received while comparing");
+        writeReport();
         st.host->setBusy(false);
         return -1;
     }
     if (r == 2) {
         Text2Buffer(st, "\r\n*command aborted");
+        writeReport();
         st.host->setBusy(false);
         st.scriptAbort = 0;
         return 0;
@@ -161,8 +170,8 @@ int compare(Target& t, std::string_view logFileName) {
     const std::string summary =
         "*Comparison: " + Count(total - different) + " Bytes OK - " + Count(different) + " Bytes different";
     if (toFile) {
-        file << summary.substr(1) << "\n";
-        file.close();
+        file += summary.substr(1) + "\n";
+        writeReport();
     } else {
         Text2Buffer(st, summary + "\r\n");
     }

@@ -683,6 +683,11 @@ void FVortElm::refreshLastScripts() {
     }
 }
 
+void FVortElm::showFailure(const std::string& line) {
+    // Until the next failure or ten seconds, whichever comes first.
+    statusBar()->showMessage(QString::fromStdString(line), 10000);
+}
+
 void FVortElm::progress(int64_t value, int64_t maximum) {
     if (maximum <= 0) {
         progressBar_->hide();

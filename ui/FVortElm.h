@@ -68,6 +68,7 @@ public:
     void refreshMemory() override;
     void gotoPage(int32_t page) override;
     void progress(int64_t value, int64_t maximum) override;
+    void showFailure(const std::string& line) override;
 
     // ---- HexPageView
     void drawCells() override;

@@ -235,6 +235,10 @@ void QtHost::refreshMemory() {
 void QtHost::gotoPage(int32_t address) {
     if (window_) window_->gotoPage(address);
 }
+void QtHost::failureReported(std::string_view line) {
+    if (window_) window_->showFailure(std::string(line));
+}
+
 void QtHost::progress(int64_t value, int64_t maximum) {
     if (launchInfo_) {
         launchInfo_->progress(value, maximum);

@@ -31,6 +31,8 @@ public:
     virtual void refreshMemory() = 0;
     virtual void gotoPage(int32_t address) = 0;
     virtual void progress(int64_t value, int64_t maximum) = 0;
+    // A failed operation's line, shown in the status bar.
+    virtual void showFailure(const std::string& /*line*/) {}
 };
 
 class QtHost : public QObject, public Host {
@@ -66,6 +68,7 @@ public:
     void refreshMemory() override;
     void gotoPage(int32_t address) override;
     void progress(int64_t value, int64_t maximum) override;
+    void failureReported(std::string_view line) override;
     void scaleForms(double xFactor, double yFactor) override;
     // The launch form takes start-up's progress until start-up hides it.
     void showLaunchInfo(FInfo* info) { launchInfo_ = info; }

@@ -52,6 +52,12 @@ void CliHost::terminalAppended(std::string_view text) {
     }
 }
 
+void CliHost::failureReported(std::string_view line) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "vortelm-cli: %.*s\n", static_cast<int>(line.size()), line.data());
+    std::fflush(stderr);
+}
+
 void CliHost::flush() {
     const std::string end = out_.finish();
     std::fwrite(end.data(), 1, end.size(), stdout);

@@ -27,6 +27,8 @@ class CliHost : public Host {
     bool startDetached(const std::string& program, const std::vector<std::string>& args) override;
     void progress(int64_t value, int64_t maximum) override;
     void yield(std::optional<int64_t> untilUs = std::nullopt) override;
+    // The failure line goes to standard error, after the running text so far.
+    void failureReported(std::string_view line) override;
 
     // The running text goes to this file as well (the full text, echoes
     // included); null for none.

@@ -109,7 +109,7 @@ TEST_F(Cli, TextWithoutAPort) {
     const std::string caution =
         "Caution ! Communication port used by other application ! Please select a different port \n";
     // Start-up fails to open the port, the line fails at its first byte.
-    EXPECT_EQ(err, caution + caution);
+    EXPECT_EQ(err, caution + caution + "vortelm-cli: hello: failed with result -1\n");
     EXPECT_EQ(out.rfind("\n*Port /dev/vortelm-no-such-port: No such file or directory\n", 0), 0u)
         << out;
     EXPECT_NE(out.find("\n-> SENDING: hello\n*Port /dev/vortelm-no-such-port: the port is not open\n"),

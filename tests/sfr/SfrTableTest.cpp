@@ -193,6 +193,24 @@ TEST(SfrTable, BitAboveFifteenEndsTheLoadUnsorted) {
     EXPECT_EQ(SfrIndexByName(*h.st, "AAA"), 1);  // usable
 }
 
+TEST(SfrTable, HugeFieldBoundsEndTheLoadWithoutOverflow) {
+    // The largest bound Val gives, on either side of the dash: the width does
+    // not fit the byte it is kept in, and working it out must not overflow.
+    for (const char* line : {"BFLD SYSCON.99999999999-0 X", "BFLD SYSCON.0-2147483647 X",
+                             "BFLD SYSCON.2147483647-15 X"}) {
+        DataHome h;
+        EXPECT_EQ(Load(h, std::string("SFR 0xFF12 SYSCON\n") + line + "\n"), -2) << line;
+        EXPECT_EQ(h.st->sfrCount, 1) << line;
+        EXPECT_NE(h.st->terminalBuffer.find("*ERROR: SFR bit field width index "), std::string::npos)
+            << line;
+        EXPECT_EQ(h.st->sfrTable[0].bitWidth[0], 0) << line;
+    }
+    // The widest field a byte holds is still stored.
+    DataHome h;
+    ASSERT_EQ(Load(h, "SFR 0xFF12 SYSCON\nBFLD SYSCON.254-0 WIDE\n"), 0);
+    EXPECT_EQ(Rec(h, "SYSCON").bitWidth[0], 255);
+}
+
 TEST(SfrTable, TableFullEndsTheLoad) {
     DataHome h;
     std::string text;

@@ -77,15 +77,46 @@ TEST(Program, FirstStartCopiesTheDeliveredTree) {
     EXPECT_EQ(p.state().PATH_LOAD, home.path + "/new");
 }
 
-TEST(Program, LaterStartsLeaveTheHomeAlone) {
+TEST(Program, LaterStartsLeaveACompleteHomeAlone) {
     Dir home, data;
-    home.write("mctypes.dat", "mine");
     data.write("mctypes.dat", "delivered");
+    {
+        TestHost host;
+        Program p(host, Options(home.path, data.path));
+        p.StepFirstRun();
+    }
+    ASSERT_TRUE(home.has(".vortelm-data-complete"));
+    fs::remove(home.path + "/mctypes.dat");
     data.write("kernel.dat", "k");
     TestHost host;
     Program p(host, Options(home.path, data.path));
-    p.StartUp();
+    p.StepFirstRun();
     EXPECT_FALSE(home.has("kernel.dat"));
+    EXPECT_FALSE(home.has("mctypes.dat"));
+}
+
+TEST(Program, AStartRepairsACopyThatWasCutShort) {
+    Dir home, data;
+    data.write("mctypes.dat", "delivered");
+    data.write("kernel.dat", "k");
+    data.write("KERNEL/CORE.HEX", ":00000001FF\n");
+    data.write("default.ini", "PORTNAME=sim:\n");
+    // What a killed first start leaves: some files, an empty one, no mark.
+    home.write("mctypes.dat", "mine");      // changed by the user: stays
+    home.write("KERNEL/CORE.HEX", "");     // cut short: copied again
+    TestHost host;
+    Program p(host, Options(home.path, data.path));
+    p.StepFirstRun();
+    auto read = [&](const std::string& name) {
+        std::ifstream f(home.path + "/" + name);
+        return std::string(std::istreambuf_iterator<char>(f), {});
+    };
+    EXPECT_EQ(read("mctypes.dat"), "mine");
+    EXPECT_EQ(read("kernel.dat"), "k");
+    EXPECT_EQ(read("KERNEL/CORE.HEX"), ":00000001FF\n");
+    EXPECT_EQ(read("default.ini"), "PORTNAME=sim:\n");
+    EXPECT_TRUE(home.has(".vortelm-data-complete"));
+    EXPECT_EQ(host.terminal.find("*ERROR"), std::string::npos) << host.terminal;
 }
 
 TEST(Program, FirstStartWithoutDataDoesNotHang) {
