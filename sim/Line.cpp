@@ -116,6 +116,7 @@ void Line::advance(int64_t now) {
         toBoard_.pop_front();
         trace(h.t, "H>B", h.byte);
         out.clear();
+        board_.setTime(tp);
         board_.receive(h.byte, ratesAgree(), hostRate_, out);
         schedule(out, tp, true);
         if (board_.hangupRequested()) hungUp_ = true;

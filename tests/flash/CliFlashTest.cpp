@@ -1,0 +1,85 @@
+// The headline job through vortelm-cli on a fresh data home against the
+// in-process board: load a HEX image in the board's flash, program it,
+// read it back and compare, on each family.
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "FlashFixture.h"
+
+namespace vortelm::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+class CliFlash : public ::testing::TestWithParam<FamilyCase> {
+  protected:
+    void SetUp() override {
+        home = fs::temp_directory_path() / ("vortelm-cliflash-" + std::to_string(::getpid()) + "-" +
+                                            std::string(GetParam().mctype));
+        fs::remove_all(home);
+        fs::create_directories(home);
+        fs::copy(fs::path(VORTELM_SOURCE_DIR) / "data", home, fs::copy_options::recursive);
+        UseFamily(home.string(), GetParam());
+    }
+    void TearDown() override { fs::remove_all(home); }
+
+    std::string run(const std::string& port, const std::string& lines) {
+        const fs::path in = home / "input.txt";
+        std::ofstream(in) << lines;
+        const std::string cmd = std::string(VORTELM_BINARY_DIR) +
+                                "/apps/vortelm-cli/vortelm-cli --home '" + home.string() +
+                                "' --port '" + port + "' < '" + in.string() + "' 2>&1";
+        std::string out;
+        if (FILE* p = ::popen(cmd.c_str(), "r")) {
+            std::array<char, 4096> buf{};
+            size_t n = 0;
+            while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
+            status = ::pclose(p);
+        }
+        return out;
+    }
+
+    fs::path home;
+    int status = -1;
+};
+
+INSTANTIATE_TEST_SUITE_P(Flash, CliFlash, ::testing::ValuesIn(kFamilyCases), FamilyName);
+
+TEST_P(CliFlash, LoadIProgramUploadCompare) {
+    const FamilyCase& f = GetParam();
+    // 5 KiB over a sector boundary
+    std::ofstream(home / "x.hex") << IntelHex(f.flashStart + f.sectorSize - 0x800,
+                                              Pattern(0x1400, 17));
+    const std::string out =
+        run("sim:", "_connect NOPROMPT\n_load x.hex\n_iprogram\n_clearmemory\n_upload\n_compare\n");
+    EXPECT_NE(out.find("*Load: 5120 bytes loaded"), std::string::npos) << out;
+    EXPECT_NE(out.find("*IProgram: 5120 bytes programmed \n"), std::string::npos) << out;
+    EXPECT_NE(out.find("\n*IProgram:5120 bytes successfully programmed"), std::string::npos) << out;
+    EXPECT_NE(out.find("*Comparison:  5120 Bytes OK -  0 Bytes different"), std::string::npos)
+        << out;
+    EXPECT_EQ(out.find("*ERROR"), std::string::npos) << out;
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+TEST_P(CliFlash, LockedSectorFailsWithNonZeroStatus) {
+    const FamilyCase& f = GetParam();
+    std::ofstream(home / "x.hex") << IntelHex(f.flashStart, Pattern(0x100, 3));
+    const std::string out =
+        run("sim:", "_connect NOPROMPT\n_load x.hex\n_lock IFLASH,pw\n_program\n");
+    EXPECT_NE(out.find("*ERROR: Program not successful"), std::string::npos) << out;
+    EXPECT_EQ(out.find("successfully programmed"), std::string::npos) << out;
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+}
+
+}  // namespace
+}  // namespace vortelm::testing
