@@ -85,6 +85,9 @@ public:
     void doDownload();
     void doUpload();
     void doCompare();
+    // A flash button: the intelligent program, or the flash dialog in the
+    // mode of the feature word.
+    void doFlash(const char* feature);
     void showComSettings();
     void showTerminalSettings();
 
