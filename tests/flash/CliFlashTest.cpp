@@ -83,3 +83,45 @@ TEST_P(CliFlash, LockedSectorFailsWithNonZeroStatus) {
 
 }  // namespace
 }  // namespace vortelm::testing
+
+namespace vortelm::testing {
+namespace {
+
+// A board that dies somewhere in the job: when the program did not finish,
+// the CLI ends with the failure words and exit status 1.
+TEST_P(CliFlash, DyingBoardEndsInFailureWordsAndExitStatusOne) {
+    const FamilyCase& f = GetParam();
+    std::ofstream(home / "x.hex") << IntelHex(f.flashStart, Pattern(0x800, 5));
+    // short time-outs: the CLI waits on the real clock
+    {
+        std::ifstream in(home / "default.ini");
+        std::stringstream text;
+        text << in.rdbuf();
+        in.close();
+        std::string ini = text.str();
+        ini.replace(ini.find("TIMEOUT=2000"), 12, "TIMEOUT=100");
+        std::ofstream(home / "default.ini") << ini;
+    }
+    int failures = 0;
+    for (int n = 15; n <= 75; n += 20) {
+        SCOPED_TRACE(n);
+        const std::string out = run("sim:?fault=die@" + std::to_string(n),
+                                    "_connect NOPROMPT\n_load x.hex\n_iprogram\n");
+        if (out.find("*Vortelm successfully launched") == std::string::npos) continue;
+        if (out.find("successfully programmed") != std::string::npos) {
+            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << out;
+            continue;
+        }
+        ++failures;
+        EXPECT_TRUE(out.find("*ERROR: Program not successful") != std::string::npos ||
+                    out.find("*ERROR: Erase not successful") != std::string::npos ||
+                    out.find("*ERROR: download not successful") != std::string::npos ||
+                    out.find("initializing driver not successful") != std::string::npos)
+            << out;
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status << out;
+    }
+    EXPECT_GT(failures, 0);
+}
+
+}  // namespace
+}  // namespace vortelm::testing
