@@ -374,3 +374,53 @@ TEST_F(Flow, NotConnectedAndMissingKernelFeatures) {
 
 }  // namespace
 }  // namespace vortelm::testing
+
+namespace vortelm::testing {
+namespace {
+
+// The external flash of the default controller: a mode 0 driver that
+// erases by wordline, once the bus registers make the flash visible.
+TEST_F(Flow, WordlineEraseOncePerWordline) {
+    start(kFamilyCases[0]);
+    run("_connect NOPROMPT");
+    const int xfl = MemoryUnitIndexByName(st(), "XFLASH");
+    st().memoryUnits[xfl].activated = kTrue;
+    run("_w16 FE18,4008");  // ADDRSEL1
+    run("_w16 FF14,0400");  // BUSCON1
+    writeFile("x.hex", IntelHex(0x400080, Pattern(0x200, 8)));
+    run("_load x.hex");
+    std::string out = run("_iprogram");
+    EXPECT_TRUE(has(out, "*IProgram: loading driver ")) << out;
+    EXPECT_TRUE(has(out, "ALD4XFL0.HEX")) << out;
+    // 400080 to 40027F: wordlines of 100 hexadecimal bytes at 400000, 400100, 400200
+    EXPECT_TRUE(has(out, "\r\n*IProgram: Erasing wordline 400000")) << out;
+    EXPECT_TRUE(has(out, "\r\n*IProgram: Erasing wordline 400100")) << out;
+    EXPECT_TRUE(has(out, "\r\n*IProgram: Erasing wordline 400200")) << out;
+    EXPECT_EQ(out.find("Erasing wordline 400100"), out.rfind("Erasing wordline 400100")) << out;
+    EXPECT_FALSE(has(out, "Erasing sector")) << out;
+    EXPECT_TRUE(has(out, "*IProgram:512 bytes successfully programmed")) << out;
+    out = run("_compare");
+    EXPECT_TRUE(has(out, "*Comparison:  512 Bytes OK -  0 Bytes different")) << out;
+    // a second run over the same cells erases them again first
+    out = run("_iprogram");
+    EXPECT_TRUE(has(out, "*IProgram:512 bytes successfully programmed")) << out;
+}
+
+TEST_F(Flow, ProgressReachesTheProgressBar) {
+    start(kFamilyCases[0]);
+    run("_connect NOPROMPT");
+    writeFile("x.hex", IntelHex(0x20000, Pattern(0x800, 1)));
+    run("_load x.hex");
+    host.progressCalls.clear();
+    run("_iprogram");
+    // the driver's download shows its own progress first
+    std::vector<std::pair<int64_t, int64_t>> program;
+    for (const auto& c : host.progressCalls)
+        if (c.second == 2048) program.push_back(c);
+    EXPECT_EQ(program, (std::vector<std::pair<int64_t, int64_t>>{{1024, 2048}, {2048, 2048}}));
+    EXPECT_EQ(host.progressCalls.back(), (std::pair<int64_t, int64_t>{0, 0}))
+        << "hidden at the end";
+}
+
+}  // namespace
+}  // namespace vortelm::testing
