@@ -9,7 +9,9 @@
 // Host and board run on one virtual clock, as in bench_transfer: a wait
 // jumps to the board's next event, so the figures are seconds of the line.
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -110,7 +112,9 @@ int main(int argc, char** argv) {
     // "real": the host's own loop on the real clock (takes the job's real
     // time, about 36 s); otherwise the virtual clock.
     const bool real = argc > 1 && std::string(argv[1]) == "real";
-    const int32_t bytes = 256 * 1024;
+    // a second argument: KiB to program (256, the whole flash, by default)
+    const int32_t kib = argc > 2 ? std::clamp(std::atoi(argv[2]), 1, 256) : 256;
+    const int32_t bytes = kib * 1024;
     const int32_t base = 0x010000;  // the default controller's internal flash, all of it
     const int32_t baud = 115200;
     VirtualClockHost virtualHost;
@@ -183,7 +187,7 @@ int main(int argc, char** argv) {
     const int unit = 2;  // IFLASH of the default controller
     const int32_t burst = st.memoryUnits[unit].burstSize;
     const int32_t blocks = bytes / burst;
-    const int32_t sectors = st.memoryUnits[unit].sectionCount;
+    const int32_t sectors = (bytes + 0xFFFF) / 0x10000;  // sections of 64 KiB
     const sim::FlashTimes times = sim::FlashTimes::Real();
     const double lineSeconds = double(lineBytes) * 10.0 / baud;
     const double flashSeconds = (blocks * times.programWordUs * (burst / 2) +
