@@ -216,10 +216,10 @@ int LoadDriver(target::Target& t, std::string_view operationName, int unit) {
         Text2Buffer(st, "\r\n*ERROR: driver " + file + " holds no data");
         return fail(-1);
     }
-    if (target::download(t) != 0) return fail(-1);
-
-    // All drivers share the target RAM: only this one is there now.
+    // All drivers share the target RAM: whatever was there is gone once the
+    // download starts, also when it fails half way.
     for (MemoryUnit& other : st.memoryUnits) other.driverLoaded = kFalse;
+    if (target::download(t) != 0) return fail(-1);
     u.driverLoaded = kTrue;
     u.driverEntry = st.selections.start[0];
 

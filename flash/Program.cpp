@@ -43,6 +43,16 @@ class Run {
           name_(intelligent ? "IProgram" : "Program") {}
 
     int go() {
+        try {
+            return walk();
+        } catch (...) {
+            st_.host->progress(0, 0);  // a bound met on the way hides the bar too
+            throw;
+        }
+    }
+
+  private:
+    int walk() {
         if (int r = detail::CheckConnectedWithDriverFeatures(st_); r != 0) return r;
         Busy busy(st_);
         // Drivers replace the selection list: the run works on the saved one.
@@ -68,7 +78,6 @@ class Run {
         return 0;
     }
 
-  private:
     // One step of the walk at the address: a block programmed, or the
     // address moved past what holds no flash.
     int step(Busy& busy, int selection, int64_t& address) {

@@ -114,3 +114,39 @@ TEST_F(Driver, ConnectClearsTheLoadedDriver) {
 
 }  // namespace
 }  // namespace vortelm::testing
+
+namespace vortelm::testing {
+namespace {
+
+TEST_F(Driver, FailedDownloadLeavesNoDriverLoaded) {
+    start(kFamilyCases[0]);
+    run("_connect NOPROMPT");
+    run("_status IFLASH");
+    const int ifl = MemoryUnitIndexByName(st(), "IFLASH");
+    const int xfl = MemoryUnitIndexByName(st(), "XFLASH");
+    ASSERT_EQ(st().memoryUnits[ifl].driverLoaded, kTrue);
+    // a driver image over the running core cannot be downloaded
+    writeFile("DRIVER/OVERCORE.HEX", IntelHex(0xF600, Pattern(0x40, 1)));
+    st().memoryUnits[xfl].driverPath = "DRIVER\\OVERCORE.HEX";
+    const std::string out = run("_status XFLASH");
+    EXPECT_TRUE(has(out, "*ERROR: download not successful")) << out;
+    EXPECT_EQ(st().memoryUnits[ifl].driverLoaded, kFalse) << "its RAM may have been written";
+    EXPECT_EQ(st().memoryUnits[xfl].driverLoaded, kFalse);
+}
+
+TEST_F(Driver, BurstSizeZeroEndsTheProgramWithTheBound) {
+    start(kFamilyCases[0]);
+    run("_connect NOPROMPT");
+    run("_status IFLASH");  // the driver is loaded: its start does not set the burst size again
+    const int ifl = MemoryUnitIndexByName(st(), "IFLASH");
+    st().memoryUnits[ifl].burstSize = 0;
+    writeFile("a.hex", IntelHex(0x20000, Pattern(0x10, 1)));
+    run("_load a.hex");
+    const std::string out = run("_program");
+    EXPECT_TRUE(has(out, "*ERROR: burst size 0 of IFLASH below 1")) << out;
+    EXPECT_FALSE(host.busy);
+    EXPECT_EQ(host.progressCalls.back(), (std::pair<int64_t, int64_t>{0, 0}));
+}
+
+}  // namespace
+}  // namespace vortelm::testing
