@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/SimOpener.h"
 #include "config/Startup.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -132,8 +133,9 @@ int main(int argc, char** argv) {
     InitDumpMemory(st.dump);
     CountingChannel* counter = nullptr;
     link::ComPort port(st);
+    apps::AddSimOpener(port.openers);
     port.opener = [&](std::string_view text, const channel::LineSettings& ls) {
-        auto r = link::OpenChannel(text, ls, st.TIMEOUT, st.MCTYPE, now);
+        auto r = port.openers.open(text, ls, st.TIMEOUT, st.MCTYPE, now);
         if (r.channel) {
             auto c = std::make_unique<CountingChannel>(std::move(r.channel));
             counter = c.get();

@@ -169,13 +169,19 @@ RowResult LoadAsbWordRow(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0xD001), &IProgramRow},      {RowId(0xD002), &ProgramRow},
-    {RowId(0xD003), &EraseRow},         {RowId(0xD004), &StatusRow},
-    {RowId(0xD005), &ProtectRow},       {RowId(0xD006), &UnprotectRow},
-    {RowId(0xD007), &LockRow},          {RowId(0xD008), &UnlockRow},
-    {RowId(0xD009), &DumpMemEccRow},    {RowId(0xD00A), &DumpModifyRow},
-    {RowId(0xD00B), &DownloadToAsbRow}, {RowId(0xD00C), &LoadAsbByteRow},
-    {RowId(0xD00D), &LoadAsbWordRow},
+    {"_iprogram", &IProgramRow},
+    {"_program", &ProgramRow},
+    {"_erase", &EraseRow},
+    {"_status", &StatusRow},
+    {"_protect", &ProtectRow},
+    {"_unprotect", &UnprotectRow},
+    {"_lock", &LockRow},
+    {"_unlock", &UnlockRow},
+    {"_dumpmemecc", &DumpMemEccRow},
+    {"_dumpmodify", &DumpModifyRow},
+    {"_downloadtoasb", &DownloadToAsbRow},
+    {"_loadasb_byte", &LoadAsbByteRow},
+    {"_loadasb_word", &LoadAsbWordRow},
 };
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/SimOpener.h"
 #include "core/ProgramState.h"
 #include "core/TestHost.h"
 #include "shell/Program.h"
@@ -151,6 +152,7 @@ class FlashProgramTest : public ::testing::Test {
         shell::ProgramOptions o;
         o.home = home;
         o.portOverride = port;
+        apps::AddSimOpener(o.openers);
         program = std::make_unique<shell::Program>(host, o);
         program->StartUp();
     }

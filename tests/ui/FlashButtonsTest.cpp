@@ -121,7 +121,8 @@ TEST_F(FlashButtons, LockDialogTakesThePasswordAndStatusShowsTheLock) {
 }
 
 TEST_F(FlashButtons, NotConnectedOpensNoDialog) {
-    st().ConnectionState = 2;  // a user program runs: the buttons show, the monitor does not answer
+    st().ConnectionState =
+        kUserProgramRunning;  // a user program runs: the buttons show, the monitor does not answer
     window->refreshFeatureButtons();
     find<QToolButton>("BErase")->click();
     EXPECT_TRUE(logged("*ERROR: Not connected to Monitor")) << st().terminalBuffer;
