@@ -100,8 +100,12 @@ void Host::yield(std::optional<int64_t> untilUs) {
             owners.push_back(s);
         }
     }
-    int timeoutMs = int(std::clamp<int64_t>((wake - now + 999) / 1000, 0, 1000));
-    int n = ::poll(fds.data(), fds.size(), timeoutMs);
+    // Microseconds, not whole milliseconds: a paced line delivers a byte
+    // every 87 us at 115200 baud, and a wait rounded up to 1 ms per byte
+    // would cost more than the line itself.
+    const int64_t waitUs = std::clamp<int64_t>(wake - now, 0, 1'000'000);
+    const timespec ts{static_cast<time_t>(waitUs / 1'000'000), static_cast<long>(waitUs % 1'000'000) * 1000};
+    int n = ::ppoll(fds.data(), fds.size(), &ts, nullptr);
     // Sources and timers may add or remove others while they run: work on copies.
     if (n > 0) {
         for (size_t i = 0; i < fds.size(); ++i) {

@@ -5,18 +5,16 @@
 #include <utility>
 
 #include "config/Kernels.h"
+#include "forms/FFlash.h"
 
 namespace vortelm::forms {
 
 std::vector<FeatureButton> FVortElm::featureButtons() const {
-    static constexpr std::array<const char*, 7> kFlash{
-        "BProgram", "BErase", "BProtect", "BUnprotect", "BLock", "BUnlock", "BStatus"};
-    static constexpr std::array<const char*, 7> kFeatures{
-        "PROGRAM", "ERASE", "PROTECT", "UNPROTECT", "LOCK", "UNLOCK", "STATUS"};
     const bool connected = st_.ConnectionState != kNotConnected;
     std::vector<FeatureButton> out;
-    for (size_t j = 0; j < kFlash.size(); ++j)
-        out.push_back({kFlash[j], connected && HasFeature(st_, kFeatures[j], -1), {}});
+    // the flash buttons: the kernel's feature rows, or a unit's driver
+    for (const FlashButton& b : kFlashButtons)
+        out.push_back({b.name, FlashButtonVisible(st_, b.feature), {}});
     out.push_back({"BASC02ASC1", connected && HasFeature(st_, "ASC02ASC1", -1), {}});
     for (size_t i = 0; i < 8; ++i) {
         const UserScript& us = st_.userScripts[i];

@@ -11,7 +11,7 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 8> kLists{
+constexpr ListFn kLists[] = {
     &FrameRows,
     &FileRows,
     &HexEditorRows,
@@ -19,6 +19,7 @@ constexpr std::array<ListFn, 8> kLists{
     &TerminalRows,
     &TargetRows,
     &TargetSetupRows,
+    &FlashRows,
     &ListingViewRows,
 };
 

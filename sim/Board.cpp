@@ -26,7 +26,7 @@ uint32_t Addr3(const std::vector<uint8_t>& v, std::size_t i) {
 FlashTimes FlashTimes::Real() {
     FlashTimes t;
     t.initUs = 1000;
-    t.programUs = 2500;
+    t.programWordUs = 20;
     t.eraseSectorUs = 400000;
     t.eraseWordlineUs = 20000;
     t.protectUs = 10000;
@@ -690,24 +690,42 @@ int Board::sectorOf(std::size_t unit, uint32_t address) const {
     return -1;
 }
 
+void Board::waitReady(std::size_t unit) {
+    const double busyFor = flash_[unit].readyAt - (now_ + pendingDelay_);
+    if (busyFor > 0) pendingDelay_ += busyFor;
+}
+
+void Board::startErase(std::size_t unit, double us) { flash_[unit].readyAt = now_ + pendingDelay_ + us; }
+
+bool Board::flashBusy(std::size_t unit) const {
+    return unit < flash_.size() && now_ + pendingDelay_ < flash_[unit].readyAt;
+}
+
 uint16_t Board::program(std::size_t unit, uint32_t address, uint32_t buffer, uint32_t count) {
     const auto& def = model_.flash[unit];
     auto& st = flash_[unit];
     if (st.protectedUnit || (def.internal && protLevel_ >= 2)) return 4;
-    uint16_t result = 0;
+    waitReady(unit);
+    // a block that leaves the unit or touches a locked sector changes nothing
     for (uint32_t i = 0; i < count; ++i) {
         const uint32_t a = address + i;
         if (a < def.first || a - def.first >= def.size) return 2;
         const int sector = sectorOf(unit, a);
         if (sector >= 0 && st.locked[static_cast<std::size_t>(sector)]) return 4;
+    }
+    uint16_t result = 0;
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t a = address + i;
         const uint8_t want = read(buffer + i);
         uint8_t& cell = st.data[a - def.first];
         // Programming moves bits away from the blank value only: an
-        // erased-high flash clears bits, an erased-low flash sets them.
+        // erased-high flash clears bits, an erased-low flash sets them. A
+        // blank byte programs nothing; another byte that the cell cannot
+        // reach fails the block.
         cell = static_cast<uint8_t>(def.blank == 0x00 ? (cell | want) : (cell & want));
-        if (cell != want) result = 1;              // a cell that cannot reach the value
+        if (want != def.blank && cell != want) result = 1;
     }
-    pendingDelay_ += times_.programUs;
+    pendingDelay_ += times_.programWordUs * ((count + 1) / 2);
     return result;
 }
 
@@ -716,9 +734,10 @@ uint16_t Board::eraseSector(std::size_t unit, uint32_t sector) {
     auto& st = flash_[unit];
     if (sector >= def.sections.size()) return 6;
     if (st.protectedUnit || (def.internal && protLevel_ >= 2) || st.locked[sector]) return 4;
+    waitReady(unit);
     for (const auto& r : def.sections[sector])
         std::fill(st.data.begin() + (r.first - def.first), st.data.begin() + (r.last - def.first) + 1, def.blank);
-    pendingDelay_ += times_.eraseSectorUs;
+    startErase(unit, times_.eraseSectorUs);
     return 0;
 }
 
@@ -731,9 +750,10 @@ uint16_t Board::eraseWordline(std::size_t unit, uint32_t address, uint32_t size)
     if (st.protectedUnit || (def.internal && protLevel_ >= 2)) return 4;
     const int sector = sectorOf(unit, start);
     if (sector >= 0 && st.locked[static_cast<std::size_t>(sector)]) return 4;
+    waitReady(unit);
     const auto end = static_cast<std::size_t>(std::min<uint64_t>(uint64_t{start - def.first} + size, def.size));
     std::fill(st.data.begin() + (start - def.first), st.data.begin() + static_cast<std::ptrdiff_t>(end), def.blank);
-    pendingDelay_ += times_.eraseWordlineUs;
+    startErase(unit, times_.eraseWordlineUs);
     return 0;
 }
 
@@ -744,6 +764,7 @@ uint16_t Board::statusWord(std::size_t unit, uint32_t number) const {
     const auto& st = flash_[unit];
     if (number == 0) {
         uint16_t w = 0;
+        if (flashBusy(unit)) w |= 0x0001;
         if (st.lastFailed) w |= 0x0002;
         if (st.protectedUnit) w |= 0x0004;
         if (std::find(st.locked.begin(), st.locked.end(), true) != st.locked.end()) w |= 0x0008;
@@ -784,6 +805,7 @@ void Board::runDriver(uint32_t entry, std::array<uint16_t, 8>& r) {
     };
     auto lockOp = [&](uint16_t op, uint16_t sector) -> uint16_t {
         const auto pw = password(r[2], r[3], r[1]);
+        waitReady(unit);
         pendingDelay_ += times_.protectUs;
         switch (op) {
             case 0x10:

@@ -44,8 +44,11 @@ struct BoardByte {
     double newRate = 0;
 };
 
+// Times of the flash work. A block program takes programWordUs for each
+// 16-bit word; an erase runs on in the flash after the driver has returned,
+// and the flash is busy until it ends.
 struct FlashTimes {
-    double initUs = 0, programUs = 0, eraseSectorUs = 0, eraseWordlineUs = 0, protectUs = 0;
+    double initUs = 0, programWordUs = 0, eraseSectorUs = 0, eraseWordlineUs = 0, protectUs = 0;
     [[nodiscard]] static FlashTimes Real();
 };
 
@@ -61,6 +64,9 @@ public:
     // has only partly received is given up, so that the next byte is a
     // command again.
     void lineSilent();
+    // The line's time (microseconds) when the next byte arrives: the flash
+    // knows from it whether it is still busy.
+    void setTime(double us) { now_ = us; }
 
     // RESET held (true) or released; `bootstrap` is the BSL pin at release.
     void holdReset();
@@ -87,6 +93,8 @@ public:
     [[nodiscard]] bool sectorLocked(std::size_t unit, std::size_t sector) const;
     [[nodiscard]] bool unitProtected(std::size_t unit) const;
     [[nodiscard]] uint8_t protectionLevel() const { return protLevel_; }
+    // Whether the unit's flash is still erasing at the board's time.
+    [[nodiscard]] bool flashBusy(std::size_t unit) const;
 
 private:
     struct FlashState {
@@ -97,6 +105,7 @@ private:
         std::array<uint8_t, 8> password{};
         bool lastFailed = false;
         bool lastUnknown = false;
+        double readyAt = 0;  // board time at which a running erase ends
     };
 
     // memory
@@ -138,6 +147,11 @@ private:
     [[nodiscard]] uint16_t statusWord(std::size_t unit, uint32_t number) const;
     [[nodiscard]] std::array<uint8_t, 8> passwordAt(uint32_t buffer) const;
     [[nodiscard]] int sectorOf(std::size_t unit, uint32_t address) const;
+    // A driver waits for a running erase to end before it starts on the
+    // flash again: that wait goes into the reply's delay.
+    void waitReady(std::size_t unit);
+    // Starts an erase that runs on for `us` after the driver returns.
+    void startErase(std::size_t unit, double us);
 
     const BoardModel& model_;
     FlashTimes times_;
@@ -168,6 +182,7 @@ private:
     double pendingRate_ = 0;
     uint16_t latchedFdv_ = 0;
     uint32_t driverInitialised_ = 0xFFFFFFFF;
+    double now_ = 0;  // the line's time of the byte being taken
 };
 
 }  // namespace vortelm::sim

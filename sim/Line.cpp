@@ -119,6 +119,7 @@ void Line::advance(int64_t now) {
         if (lastHostByte_ >= 0 && options_.resyncUs > 0 && tp - lastHostByte_ > options_.resyncUs)
             board_.lineSilent();
         lastHostByte_ = tp;
+        board_.setTime(tp);
         board_.receive(h.byte, ratesAgree(), hostRate_, out);
         schedule(out, tp, true);
         if (board_.hangupRequested()) hungUp_ = true;

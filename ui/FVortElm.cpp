@@ -33,7 +33,9 @@
 #include "link/ComPort.h"
 #include "shell/Program.h"
 #include "target/Target.h"
+#include "forms/FFlash.h"
 #include "ui/FComPort.h"
+#include "ui/FFlash.h"
 #include "ui/FTerminalSettings.h"
 #include "ui/Colours.h"
 
@@ -533,13 +535,13 @@ void FVortElm::buildToolBar() {
     toolButton("BCompare", "Compare selection with target memory", "Compare", SP::SP_DialogApplyButton, nullptr, [this]() { doCompare(); });
     toolButton("BDebug", "Disassemble / Debug", "Debug", SP::SP_FileDialogInfoView, nullptr, nullptr);
     toolBar_->addSeparator();
-    toolButton("BProgram", "Intelligent Program of Selection into Flash / Otp", "Program", SP::SP_DriveHDIcon, nullptr, nullptr);
-    toolButton("BErase", "Erase Section", "Erase", SP::SP_TrashIcon, nullptr, nullptr);
-    toolButton("BProtect", "Protect Flash", "Protect", SP::SP_VistaShield, nullptr, nullptr);
-    toolButton("BUnprotect", "Unprotect Flash", "Unprotect", -1, nullptr, nullptr);
-    toolButton("BLock", "Lock Flash", "Lock", -1, nullptr, nullptr);
-    toolButton("BUnlock", "Unlock Flash", "Unlock", -1, nullptr, nullptr);
-    toolButton("BStatus", "Get Flash Status", "Status", SP::SP_MessageBoxInformation, nullptr, nullptr);
+    toolButton("BProgram", "Intelligent Program of Selection into Flash / Otp", "Program", SP::SP_DriveHDIcon, nullptr, [this]() { doFlash("PROGRAM"); });
+    toolButton("BErase", "Erase Section", "Erase", SP::SP_TrashIcon, nullptr, [this]() { doFlash("ERASE"); });
+    toolButton("BProtect", "Protect Flash", "Protect", SP::SP_VistaShield, nullptr, [this]() { doFlash("PROTECT"); });
+    toolButton("BUnprotect", "Unprotect Flash", "Unprotect", -1, nullptr, [this]() { doFlash("UNPROTECT"); });
+    toolButton("BLock", "Lock Flash", "Lock", -1, nullptr, [this]() { doFlash("LOCK"); });
+    toolButton("BUnlock", "Unlock Flash", "Unlock", -1, nullptr, [this]() { doFlash("UNLOCK"); });
+    toolButton("BStatus", "Get Flash Status", "Status", SP::SP_MessageBoxInformation, nullptr, [this]() { doFlash("STATUS"); });
     toolButton("BASC02ASC1", "ASC02ASC1", "ASC02ASC1", -1, nullptr, [this]() {
         (void)forms::BASC02ASC1_Click(target());
         afterCommand();
@@ -794,6 +796,18 @@ void FVortElm::doUpload() {
 }
 void FVortElm::doCompare() {
     (void)target::compare(target(), "");
+    afterCommand();
+}
+
+void FVortElm::doFlash(const char* feature) {
+    if (std::string_view(feature) == "PROGRAM") {
+        (void)forms::BProgram_Click(target());
+    } else {
+        if (!forms::FlashButtonConnected(st_)) return;
+        FFlash dialog(st_, target(), this);
+        dialog.setfeature(feature);
+        (void)dialog.exec();
+    }
     afterCommand();
 }
 

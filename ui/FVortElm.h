@@ -96,6 +96,9 @@ public:
     void doDownload();
     void doUpload();
     void doCompare();
+    // A flash button: the intelligent program, or the flash dialog in the
+    // mode of the feature word.
+    void doFlash(const char* feature);
     void showComSettings();
     void showTerminalSettings();
     // The view, print, front-end settings and about forms (FVortElm_Forms.cpp).

@@ -62,8 +62,14 @@ TEST(Flash, ModeOneProgramEraseAndFailingCell) {
     auto got = c.readBlock(0x020000, 128);
     ASSERT_TRUE(got);
     EXPECT_EQ(*got, block);
-    // programming can only clear bits: all ones on top fails the block
+    // a blank byte programs nothing: all ones on top passes and changes nothing
     ASSERT_TRUE(c.writeBlock(0xFC80, std::vector<uint8_t>(128, 0xFF)));
+    r = before;
+    ASSERT_TRUE(c.call(entry, r));
+    EXPECT_EQ(r[7], 0);
+    EXPECT_EQ(*c.readBlock(0x020000, 128), block);
+    // programming can only clear bits: a value that needs a set bit fails
+    ASSERT_TRUE(c.writeBlock(0xFC80, std::vector<uint8_t>(128, 0x0F)));
     r = before;
     ASSERT_TRUE(c.call(entry, r));
     EXPECT_NE(r[7], 0);
@@ -243,13 +249,36 @@ TEST(Flash, ModeZeroDriverOfTheZtFamily) {
     EXPECT_EQ(c.readWord(0xC04000), 0xFFFF);
 }
 
-TEST(Flash, RealFlashTimeDelaysTheAnswer) {
+TEST(Flash, RealFlashTimeKeepsTheFlashBusyWhileAnEraseRuns) {
     Client c("?flashtime=real");
     const uint32_t entry = Prepare(c, "DRIVER/ALD4XFL0.HEX");
     Regs er{1, 0, 0, 0, 0, 0, 1, 0};
     const int64_t t0 = c.now;
     ASSERT_TRUE(c.call(entry, er));
+    EXPECT_EQ(er[7], 0);
+    EXPECT_LT(c.now - t0, 400'000) << "the erase runs on after the driver returns";
+    Regs st{6, 0, 0, 0, 0, 0, 0, 0};
+    ASSERT_TRUE(c.call(entry, st));
+    EXPECT_EQ(st[1] & 0x0001, 0x0001) << "busy bit while the erase runs";
+    // the next program waits for the erase to end before it answers
+    ASSERT_TRUE(c.writeBlock(0xFC80, std::vector<uint8_t>(128, 0x3C)));
+    Regs p{0, 0x80, 0xFC80, 0x0000, 0, 0x0000, 0x0041, 0};
+    ASSERT_TRUE(c.call(entry, p));
+    EXPECT_EQ(p[7], 0);
     EXPECT_GE(c.now - t0, 400'000);
+    st = Regs{6, 0, 0, 0, 0, 0, 0, 0};
+    ASSERT_TRUE(c.call(entry, st));
+    EXPECT_EQ(st[1] & 0x0001, 0) << "ready once the erase has ended";
+}
+
+TEST(Flash, NoFlashTimeNeverShowsBusy) {
+    Client c;
+    const uint32_t entry = Prepare(c, "DRIVER/ALD4XFL0.HEX");
+    Regs er{1, 0, 0, 0, 0, 0, 1, 0};
+    ASSERT_TRUE(c.call(entry, er));
+    Regs st{6, 0, 0, 0, 0, 0, 0, 0};
+    ASSERT_TRUE(c.call(entry, st));
+    EXPECT_EQ(st[1] & 0x0001, 0);
 }
 
 TEST(Helpers, PllconAndRstconTakeTheTrailingZeroAndReply) {
