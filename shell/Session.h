@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,8 @@ struct Target;
 }
 
 namespace vortelm::shell {
+
+struct ScriptTables;
 
 // One argument of a shell line, classified as every kind it can be.
 struct ParsedParameter {
@@ -100,6 +103,9 @@ struct Session {
     // Reads the SFR view again after a command while connected (when the
     // global SFR refresh is on). Unset: the host's refreshSfrView.
     std::function<void()> readSfrView;
+
+    // The tables of the running scripts, one set per depth (Script.h).
+    std::shared_ptr<ScriptTables> scripts;
 };
 
 }  // namespace vortelm::shell

@@ -3,6 +3,8 @@
 // host, running text to standard output (each CR LF as one line feed),
 // message boxes to standard error answered by --yes or --no.
 
+#include <functional>
+#include <optional>
 #include <string>
 
 #include "core/Host.h"
@@ -21,12 +23,22 @@ class CliHost : public Host {
     void printLines(std::span<const std::string> lines) override;
     bool startDetached(const std::string& program, const std::vector<std::string>& args) override;
 
+    // Where input boxes take their answer from: the next line, or nothing at
+    // the end of input (then the box gives its default text).
+    void setLineReader(std::function<std::optional<std::string>()> reader) {
+        lineReader_ = std::move(reader);
+    }
+
+    // The small message window of _cmessage goes to standard error.
+    void showMessageWindow(std::string_view text) override;
+
     // Writes a carriage return still held back at the end.
     void flush();
 
   private:
     bool answerYes_;
     bool heldCr_ = false;
+    std::function<std::optional<std::string>()> lineReader_;
 };
 
 }  // namespace vortelm::cli

@@ -27,7 +27,8 @@ constexpr const char* kHelp =
     "\n"
     "Usage: vortelm-cli [--home DIR] [--port TEXT] [--yes|--no] [SCRIPT...]\n"
     "\n"
-    "Starts as the GUI does, runs each SCRIPT given, then reads standard input\n"
+    "Starts as the GUI does, runs each SCRIPT given (a .scm file, see _executescript),\n"
+    "then reads standard input\n"
     "line by line and treats each line as the command box does:\n"
     "  _command args    a shell command (\"_help\" lists them)\n"
     "  :48656C          hexadecimal bytes sent to the target\n"
@@ -40,14 +41,19 @@ constexpr const char* kHelp =
     "                there on the first start\n"
     "  --port TEXT   port for this run: a device path, socket://host:port or\n"
     "                sim: (overrides the preference file, is not saved)\n"
-    "  --yes         answer message boxes with OK/Yes (the default)\n"
-    "  --no          answer message boxes with No/Cancel\n"
+    "  --yes         answer message boxes with OK/Yes (the default); an input\n"
+    "                box takes the next line of standard input (its default\n"
+    "                text at the end of input)\n"
+    "  --no          answer message boxes with No/Cancel, input boxes with\n"
+    "                Cancel\n"
     "  --help        this text\n"
     "  --version     the version\n"
     "\n"
     "Output: the running text goes to standard output as it is made, each\n"
     "CR LF written as one line feed; message boxes go to standard error.\n"
-    "Exit status: 0 when the last line run succeeded, 1 when it failed,\n"
+    "Exit status: 0 when the last line run succeeded, 1 when it failed (a\n"
+    "SCRIPT counts as one line: it fails when it is refused, aborted or its\n"
+    "last line fails),\n"
     "2 for bad usage.\n";
 
 // Standard input as a source of the event loop: lines are collected while
@@ -136,11 +142,21 @@ int main(int argc, char** argv) {
     std::signal(SIGCHLD, SIG_IGN);
 
     vortelm::cli::CliHost host(answerYes);
+    // Input boxes take their answer from the next line of standard input,
+    // also while a script of the command line runs.
+    host.addSource(input);
+    host.setLineReader([&input, &host]() -> std::optional<std::string> {
+        std::string answer;
+        while (!input.nextLine(answer)) {
+            if (input.eof) return std::nullopt;
+            host.yield(host.nowUs() + 1'000'000);
+        }
+        return answer;
+    });
     vortelm::shell::Program program(host, options);
     program.StartUp();
 
-    host.addSource(input);
-    int16_t last = 0;
+    int16_t last = program.startupStatus();
     std::string line;
     while (!program.quitRequested()) {
         if (input.nextLine(line)) {
