@@ -191,9 +191,18 @@ void Classify(Session& s, ScriptLevel& l, int16_t continueOnError) {
 int Execute(Session& s, ScriptLevel& l, int16_t continueOnError, int16_t& lastLine) {
     ProgramState& st = s.st;
     int64_t& counted = ScriptsOf(s).statementsRun;
+    int64_t servedUs = st.host->nowUs();
     int32_t i = 0;
     while (i < l.scriptLineCount && st.scriptAbort == 0) {
-        ++counted;
+        // A loop without waits still lets the front end serve its events
+        // (Esc, Ctrl-C, drawing) every 50 ms.
+        if ((++counted & 1023) == 0) {
+            if (const int64_t now = st.host->nowUs(); now - servedUs >= 50'000) {
+                st.host->yield(now);
+                servedUs = now;
+                if (st.scriptAbort != 0) break;
+            }
+        }
         ScriptLineRecord& r = l.scriptRecords[static_cast<size_t>(i)];
         switch (r.kind) {
             case kCommand:

@@ -87,6 +87,10 @@ public:
     void doCompare();
     void showComSettings();
     void showTerminalSettings();
+    // Runs a script file (Script menu, last scripts); Esc in the window
+    // stops it between statements.
+    void runScript(const std::string& fileName);
+    void runLastScript(int index);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
