@@ -1,12 +1,46 @@
 #include "apps/vortelm-cli/CliHost.h"
 
+#include <signal.h>
 #include <spawn.h>
+
+#include <csignal>
 
 #include <cstdio>
 
 extern char** environ;
 
 namespace vortelm::cli {
+
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void OnInterrupt(int) {
+    if (interrupted != 0) {
+        std::signal(SIGINT, SIG_DFL);
+        std::raise(SIGINT);
+    }
+    interrupted = 1;
+}
+
+}  // namespace
+
+void CliHost::watchInterrupt(int16_t* abortFlag) {
+    abortFlag_ = abortFlag;
+    struct sigaction sa {};
+    sa.sa_handler = &OnInterrupt;
+    sigemptyset(&sa.sa_mask);
+    sa.sa_flags = 0;  // no restart: a waiting poll returns at once
+    ::sigaction(SIGINT, &sa, nullptr);
+}
+
+void CliHost::yield(std::optional<int64_t> untilUs) {
+    Host::yield(untilUs);
+    if (interrupted != 0) {
+        interrupted = 0;
+        if (abortFlag_ != nullptr) *abortFlag_ = 1;
+    }
+}
 
 MsgAnswer CliHost::messageBox(std::string_view text, MsgButtons buttons, MsgIcon,
                               std::string_view title) {

@@ -29,6 +29,13 @@ class CliHost : public Host {
         lineReader_ = std::move(reader);
     }
 
+    // Ctrl-C asks a running script or _poll to stop: the handler marks it,
+    // the next pass of the loop raises the abort flag (the one the
+    // transfers and scripts read). A second Ctrl-C before the first was
+    // taken ends the program.
+    void watchInterrupt(int16_t* abortFlag);
+    void yield(std::optional<int64_t> untilUs = std::nullopt) override;
+
     // The small message window of _cmessage goes to standard error.
     void showMessageWindow(std::string_view text) override;
 
@@ -39,6 +46,7 @@ class CliHost : public Host {
     bool answerYes_;
     bool heldCr_ = false;
     std::function<std::optional<std::string>()> lineReader_;
+    int16_t* abortFlag_ = nullptr;
 };
 
 }  // namespace vortelm::cli

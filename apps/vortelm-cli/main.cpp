@@ -27,13 +27,14 @@ constexpr const char* kHelp =
     "\n"
     "Usage: vortelm-cli [--home DIR] [--port TEXT] [--yes|--no] [SCRIPT...]\n"
     "\n"
-    "Starts as the GUI does, runs each SCRIPT given (a .scm file, see _executescript),\n"
-    "then reads standard input\n"
-    "line by line and treats each line as the command box does:\n"
+    "Starts as the GUI does, runs each SCRIPT given (a script file, as\n"
+    "_executescript runs one), then reads standard input line by line and\n"
+    "treats each line as the command box does:\n"
     "  _command args    a shell command (\"_help\" lists them)\n"
     "  :48656C          hexadecimal bytes sent to the target\n"
     "  any other text   sent to the target as it stands\n"
-    "It ends at the end of input or with _quit.\n"
+    "It ends at the end of input or with _quit. Ctrl-C stops a running\n"
+    "script or _poll; a second Ctrl-C before that ends the program.\n"
     "\n"
     "Options:\n"
     "  --home DIR    data home (default $XDG_DATA_HOME/vortelm, else\n"
@@ -53,8 +54,7 @@ constexpr const char* kHelp =
     "CR LF written as one line feed; message boxes go to standard error.\n"
     "Exit status: 0 when the last line run succeeded, 1 when it failed (a\n"
     "SCRIPT counts as one line: it fails when it is refused, aborted or its\n"
-    "last line fails),\n"
-    "2 for bad usage.\n";
+    "last line fails), 2 for bad usage.\n";
 
 // Standard input as a source of the event loop: lines are collected while
 // the loop runs timers and the line's events.
@@ -154,6 +154,7 @@ int main(int argc, char** argv) {
         return answer;
     });
     vortelm::shell::Program program(host, options);
+    host.watchInterrupt(&program.state().scriptAbort);
     program.StartUp();
 
     int16_t last = program.startupStatus();

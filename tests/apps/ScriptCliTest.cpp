@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 
 #include <cstdlib>
 #include <filesystem>
@@ -193,6 +196,65 @@ TEST_F(ScriptCli, ExampleScriptsOfTheDataHomeRun) {
     EXPECT_TRUE(
         std::regex_search(log, std::regex("\nreading 0005: SYSCON=0090 at [0-9]{8}_[0-9]{6}\n")))
         << log;
+}
+
+}  // namespace
+
+namespace {
+
+// Runs the program on a script, sends Ctrl-C once the running text holds
+// the mark, and waits for its end.
+struct Interrupted : ScriptCli {
+    void RunAndInterrupt(const std::string& script, const std::string& mark) {
+        Write("job.scm", script);
+        const pid_t pid = ::fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            if (::chdir(dir.c_str()) != 0) ::_exit(99);
+            ::freopen("/dev/null", "r", stdin);
+            ::freopen((dir + "/out").c_str(), "w", stdout);
+            ::freopen((dir + "/err").c_str(), "w", stderr);
+            const std::string home = dir + "/home";
+            ::execl(VORTELM_CLI, VORTELM_CLI, "--home", home.c_str(), "--port", "sim:", "job.scm",
+                    static_cast<char*>(nullptr));
+            ::_exit(98);
+        }
+        // Waits until the script is where it is stopped (the program never
+        // ends by itself there); a program that never gets there is killed.
+        bool there = false;
+        for (int i = 0; i < 3000 && !there; ++i) {
+            there = Read(dir + "/out").find(mark) != std::string::npos;
+            if (!there) ::usleep(20'000);
+        }
+        if (!there) {
+            ::kill(pid, SIGKILL);
+            ::waitpid(pid, nullptr, 0);
+            FAIL() << "the script never reached " << mark << ": " << Read(dir + "/out");
+        }
+        ::usleep(100'000);
+        ::kill(pid, SIGINT);
+        int rc = 0;
+        ::waitpid(pid, &rc, 0);
+        status = WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
+        out = Read(dir + "/out");
+    }
+};
+
+TEST_F(Interrupted, CtrlCStopsALongLoop) {
+    RunAndInterrupt(
+        "_assign %1=0\nDO\n_assign %1=%1+1\n_delayms 20\nLOOP UNTIL 30000\n_print \"never\"\n",
+        ">_delayms 20\n>_assign");
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(out.substr(out.size() - 16), "*Script aborted\n") << out;
+    EXPECT_EQ(out.find(">_print \"never\""), std::string::npos);
+}
+
+TEST_F(Interrupted, CtrlCStopsAPollWithOneLine) {
+    RunAndInterrupt("_connect NOPROMPT\n_poll 200,FFFF,1234\n_print \"never\"\n",
+                    ">_poll 200,FFFF,1234\n");
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(out.substr(out.find(">_poll 200,FFFF,1234\n")),
+              ">_poll 200,FFFF,1234\n*ERROR: Poll ended by the operator\n*ERROR: Script aborted\n");
 }
 
 }  // namespace
