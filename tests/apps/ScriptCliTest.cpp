@@ -258,3 +258,50 @@ TEST_F(Interrupted, CtrlCStopsAPollWithOneLine) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(ScriptCli, TheInterpretersEdgeCases) {
+    Write("edge.scm",
+          "DO\n_print \"x\"\nLOOP UNTIL 3\nWHILE 0\n_print \"in\"\nENDW\nIF 2\n_print \"then\"\n"
+          "ELSE\n_print \"else\"\nENDIF\nGOTO END:\n_print \"skipped\"\nend:\n_print \"a;b\"\n"
+          "_addselection 10 , 1F\n_showselections\n");
+    Run("edge.scm");
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(
+        out,
+        "DO\n_print \"x\"\nLOOP UNTIL 3\nWHILE 0\n_print \"in\"\nENDW\nIF 2\n_print \"then\"\n"
+        "ELSE\n_print \"else\"\nENDIF\nGOTO END:\n_print \"skipped\"\nend:\n_print \"a\n"
+        "_addselection 10,1F\n_showselections\n"
+        ">_print \"x\"\nx\n>_print \"x\"\nx\n>_print \"x\"\nx\n"
+        ">_print \"else\"\nelse\n"
+        ">_print \"a\na\n"
+        ">_addselection 10,1F\n>_showselections\nSelection 0: 000010 to 00001F\n"
+        "*Script successfully executed\n");
+}
+
+TEST_F(ScriptCli, NestedToThreeAndRefusedAtFour) {
+    Write("home/SCRIPTS/D1.SCM", "_print \"depth 2\"\n_executescript SCRIPTS\\D2.SCM\n");
+    Write("home/SCRIPTS/D2.SCM",
+          "_print \"depth 3\"\n_executescript SCRIPTS\\D3.SCM\n_print \"back in 3\"\n");
+    Write("home/SCRIPTS/D3.SCM", "_print \"depth 4\"\n");
+    Write("top.scm", "_executescript SCRIPTS\\D1.SCM\n_print \"back in 1\"\n");
+    Run("top.scm", "_executescript SCRIPTS\\D2.SCM\n");
+    EXPECT_EQ(status, 0);
+    // The fourth depth is not reached while the script of the command line runs.
+    EXPECT_GT(out.find("depth 4\n"), out.find("back in 1\n")) << out;
+    EXPECT_NE(out.find(">_executescript SCRIPTS\\D3.SCM\n*ERROR: Too many subscripts executed\n"
+                       ">_print \"back in 3\"\nback in 3\n*Script successfully executed\n"
+                       "*Script successfully executed\n>_print \"back in 1\"\nback in 1\n"
+                       "*Script successfully executed\n"),
+              std::string::npos)
+        << out;
+    // From the command box the same subscripts are two deep: D3 runs.
+    EXPECT_NE(
+        out.find(
+            ">_executescript SCRIPTS\\D3.SCM\n_print \"depth 4\"\n>_print \"depth 4\"\ndepth 4\n"),
+        std::string::npos)
+        << out;
+}
+
+}  // namespace
