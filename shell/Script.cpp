@@ -326,10 +326,7 @@ Prepared PrepareScript(Session& s, ScriptLevel& level, std::string_view fileName
 int RunScript(Session& s, std::string_view fileName, int16_t continueOnError) {
     ProgramState& st = s.st;
     ScriptTables& t = ScriptsOf(s);
-    if (t.scriptDepth == 0) {
-        SetLastScriptFile(st, fileName);
-        st.host->refreshFeatureButtons();
-    }
+    if (t.scriptDepth == 0) SetLastScriptFile(st, fileName);
     st.scriptAbort = 0;
     if (t.scriptDepth >= kScriptLevels) {
         Say(st, "*ERROR: Too many subscripts executed");

@@ -1,6 +1,7 @@
 // Scripts in the main window: the Script menu's last scripts run them, and
 // Esc stops a running one between its statements.
 
+#include <QMessageBox>
 #include <QTimer>
 
 #include <fstream>
@@ -74,6 +75,26 @@ TEST_F(ScriptWindow, EscEndsAPoll) {
     // The line is in step with the board afterwards.
     Enter(find<QComboBox>("TCommand"), "_r16 200");
     EXPECT_FALSE(logged("_r16 200\r\n*ERROR"));
+}
+
+}  // namespace
+}  // namespace vortelm::testing
+
+namespace vortelm::testing {
+namespace {
+
+TEST_F(ScriptWindow, CMessageShowsTheSmallWindowAndGoesOn) {
+    Enter(find<QComboBox>("TCommand"), "_cmessage \"first\",\"second\"");
+    // The window is a top-level one of its own (or a child of the active one).
+    QMessageBox* shown = window->findChild<QMessageBox*>(QStringLiteral("FMessage"));
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->objectName() == QLatin1String("FMessage")) shown = qobject_cast<QMessageBox*>(w);
+    ASSERT_NE(shown, nullptr);
+    EXPECT_TRUE(shown->isVisible());
+    EXPECT_FALSE(shown->isModal());
+    EXPECT_EQ(shown->text().toStdString(), "first\nsecond\n");
+    EXPECT_EQ(lastBox(), "first\nsecond\n");
+    EXPECT_TRUE(logged(">_cmessage \"first\",\"second\"\r\n"));
 }
 
 }  // namespace
