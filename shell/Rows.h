@@ -43,6 +43,7 @@ std::span<const RowBinding> SelectionRows();  // group 4 (Rows_Selection.cpp)
 std::span<const RowBinding> TerminalRows();  // _send, _sendfile, _setp, _openport (Rows_Terminal.cpp)
 std::span<const RowBinding> TargetRows();     // groups 5 to 8 and 14, the target (Rows_Target.cpp)
 std::span<const RowBinding> ScriptRows();  // groups 11 and 12, log and scripting (Rows_Script.cpp)
+std::span<const RowBinding> ListingViewRows();  // the view rows that list selections (Rows_Listing.cpp)
 
 // The binding of an id, or nullptr when its operation is not in this build.
 [[nodiscard]] RowFn FindRow(int32_t id);

@@ -38,6 +38,10 @@ namespace vortelm::ui {
 
 class HexCell;
 class TerminalView;
+class FAbout;
+class FFrontendSettings;
+class FPrint;
+class FView;
 
 class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     Q_OBJECT
@@ -91,6 +95,11 @@ public:
     // stops it between statements.
     void runScript(const std::string& fileName);
     void runLastScript(int index);
+    // The view, print, front-end settings and about forms (FVortElm_Forms.cpp).
+    void showView(int mode);
+    void showPrint();
+    void showFrontendSettings();
+    void showAbout();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -136,6 +145,10 @@ private:
     QLineEdit* controller_ = nullptr;
     QProgressBar* progressBar_ = nullptr;
     bool closing_ = false;
+    FView* view_ = nullptr;
+    FPrint* print_ = nullptr;
+    FFrontendSettings* frontendSettings_ = nullptr;
+    FAbout* about_ = nullptr;
 };
 
 }  // namespace vortelm::ui
