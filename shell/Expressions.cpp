@@ -145,7 +145,7 @@ bool IsComparisonOperator(std::string_view t) {
 }
 
 int32_t ReadSfrValue(Session& s, int32_t sfrIndex) {
-    if (s.st.ConnectionState != 1) return -1;
+    if (s.st.ConnectionState != kConnectedAndReady) return -1;
     if (s.port == nullptr || sfrIndex < 0 || sfrIndex >= s.st.sfrCount) return -2;
     const int32_t address = s.st.sfrTable[static_cast<size_t>(sfrIndex)].address;
     if (link::Monitor(s.st, *s.port).Cmd_Read(address, 2) != 0) return -2;

@@ -248,11 +248,19 @@ RowResult Input(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0xB001), &LogFile}, {RowId(0xB002), &SetLogFile},    {RowId(0xB003), &WriteLogFile},
-    {RowId(0xC008), &Print},   {RowId(0xC001), &Delay},         {RowId(0xC00B), &DelayMs},
-    {RowId(0xC002), &Pause},   {RowId(0xC003), &Message},       {RowId(0xC004), &CMessage},
-    {RowId(0xC005), &Assign},  {RowId(0xC006), &ExecuteScript}, {RowId(0xC009), &Poll},
-    {RowId(0xC00A), &Input},
+    {"_logfile", &LogFile},
+    {"_setlogfile", &SetLogFile},
+    {"_writelogfile", &WriteLogFile},
+    {"_print", &Print},
+    {"_delay", &Delay},
+    {"_delayms", &DelayMs},
+    {"_pause", &Pause},
+    {"_message", &Message},
+    {"_cmessage", &CMessage},
+    {"_assign", &Assign},
+    {"_executescript", &ExecuteScript},
+    {"_poll", &Poll},
+    {"_input", &Input},
 };
 
 }  // namespace

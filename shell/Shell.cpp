@@ -106,7 +106,7 @@ ParsedParameter ClassifyArgumentNoFile(const ProgramState& st, std::string_view 
             break;
         }
     }
-    if (const int32_t i = SfrIndexByName(st, text); i >= 0) {
+    if (const int32_t i = SfrIndexByName(st, upper); i >= 0) {
         p.sfr = i;
         p.isSfr = kTrue;
     }
@@ -204,7 +204,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                     Say(st, msg);
                 }
                 if (status == 0 && checkOnly == 0) {
-                    if (RowFn fn = FindRow(cmd.id)) {
+                    if (RowFn fn = FindRow(cmd.name)) {
                         const RowResult r = fn(s);
                         status = r.status;
                         if (r.failed) extra = cmd.id;
@@ -234,14 +234,12 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
         }
     }
 
-    if (st.ConnectionState == 1) {
-        st.host->refreshMemory();
-        if (st.REFRESHSFR == kTrue) {
-            if (s.readSfrView)
-                s.readSfrView();
-            else
-                st.host->refreshSfrView();
-        }
+    if (st.ConnectionState == kConnectedAndReady) {
+        // The register view is read from the target where the session can;
+        // otherwise it is redrawn from the table.
+        const bool readView = st.REFRESHSFR == kTrue && s.readSfrView;
+        st.host->refreshAfterOperation(st.REFRESHSFR == kTrue && !readView);
+        if (readView) s.readSfrView();
     }
     return static_cast<int16_t>(status + extra);
 }

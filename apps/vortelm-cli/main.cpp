@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/SimOpener.h"
 #include "apps/vortelm-cli/CliHost.h"
 #include "shell/Program.h"
 
@@ -153,6 +154,7 @@ int main(int argc, char** argv) {
         }
         return answer;
     });
+    vortelm::apps::AddSimOpener(options.openers);
     vortelm::shell::Program program(host, options);
     host.watchInterrupt(&program.state().scriptAbort);
     program.StartUp();

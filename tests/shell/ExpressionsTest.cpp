@@ -40,7 +40,7 @@ struct Expressions : ::testing::Test {
         board->memory[0xFFA0] = 0x34;
         board->memory[0xFFA1] = 0x12;
     }
-    void connect() { st->ConnectionState = 1; }
+    void connect() { st->ConnectionState = kConnectedAndReady; }
     std::string Run(std::string_view line) {
         host.terminal.clear();
         result = ExecuteShellCommand(s, line, 0);

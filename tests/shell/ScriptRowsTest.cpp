@@ -81,7 +81,7 @@ TEST_F(ScriptRows, PrintReadsAnSfrFromTheTarget) {
     EXPECT_EQ(Run("_print \"S=\",syscon"), ">_print \"S=\",syscon\r\nS=\r\n");
     ASSERT_EQ(host.boxes.size(), 1u);
     EXPECT_EQ(host.boxes[0].text, "Error reading SFR (maybe not connected)");
-    st->ConnectionState = 1;
+    st->ConnectionState = kConnectedAndReady;
     EXPECT_EQ(Run("_print \"S=\",SYSCON"), ">_print \"S=\",SYSCON\r\nS=0090\r\n");
     EXPECT_EQ(host.boxes.size(), 1u);
 }
@@ -225,7 +225,7 @@ TEST_F(ScriptRows, InputNeedsAVariable) {
 }
 
 TEST_F(ScriptRows, PollWaitsUntilTheMaskedWordMatches) {
-    st->ConnectionState = 1;
+    st->ConnectionState = kConnectedAndReady;
     board->memory[0x200] = 0x00;
     // The board sets the bit after a while.
     host.startTimer(30, [this] { board->memory[0x200] = 0x05; });

@@ -49,7 +49,7 @@ struct Scripts : ::testing::Test {
         board->mode = ScriptedBoard::Mode::Monitor;
         port.attach(std::move(b));
         s.port = &port;
-        st->ConnectionState = 1;
+        st->ConnectionState = kConnectedAndReady;
     }
     void Write(const std::string& name, const std::string& text) {
         std::ofstream(folder / name, std::ios::binary) << text;
