@@ -207,10 +207,24 @@ std::string FileNameOfPath(std::string_view text) {
     return std::string(p == std::string_view::npos ? text : text.substr(p + 1));
 }
 
+namespace {
+// The letters a to z only, as the upper-casing of the "C" locale does.
+constexpr char UpperAscii(char c) {
+    return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+}
+}  // namespace
+
 std::string UpperCase(std::string_view text) {
     std::string s(text);
-    for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    for (char& c : s) c = UpperAscii(c);
     return s;
+}
+
+bool EqualUpper(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (size_t i = 0; i < a.size(); ++i)
+        if (UpperAscii(a[i]) != UpperAscii(b[i])) return false;
+    return true;
 }
 
 namespace {

@@ -44,6 +44,8 @@ void NormaliseScriptLine(std::string& line);
 [[nodiscard]] std::string StripTrailingBackslash(std::string_view text);
 [[nodiscard]] std::string FileNameOfPath(std::string_view text);
 [[nodiscard]] std::string UpperCase(std::string_view text);
+// UpperCase(a) == UpperCase(b), without building either.
+[[nodiscard]] bool EqualUpper(std::string_view a, std::string_view b);
 
 // ---- command line words (blank or tab separated; a trailing blank starts an empty word)
 [[nodiscard]] int16_t StartupArgumentCount(std::string_view commandLine);

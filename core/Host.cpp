@@ -55,6 +55,15 @@ std::string Host::timeText() {
     return buf;
 }
 
+std::string Host::timestampText() {
+    std::time_t t = std::time(nullptr);
+    std::tm tm{};
+    localtime_r(&t, &tm);
+    char buf[32];
+    std::strftime(buf, sizeof buf, "%Y%m%d_%H%M%S", &tm);
+    return buf;
+}
+
 double Host::secondsSinceMidnight() {
     std::time_t t = std::time(nullptr);
     std::tm tm{};
@@ -147,6 +156,7 @@ std::optional<std::string> Host::inputBox(std::string_view, std::string_view,
 }
 
 void Host::setBusy(bool) {}
+void Host::showMessageWindow(std::string_view) {}
 std::string Host::clipboardText() { return clipboard_; }
 void Host::setClipboardText(std::string_view text) { clipboard_ = std::string(text); }
 void Host::printLines(std::span<const std::string>) {}

@@ -53,6 +53,8 @@ public:
     [[nodiscard]] virtual std::string dateText();
     [[nodiscard]] virtual std::string timeText();
     [[nodiscard]] virtual double secondsSinceMidnight();
+    // The present date and time as "YYYYMMDD_hhmmss" (TIMESTAMP of _print).
+    [[nodiscard]] virtual std::string timestampText();
     // A random number from 0 up to, not including, 1.
     [[nodiscard]] virtual double random();
 
@@ -70,6 +72,9 @@ public:
     virtual std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
                                                 std::string_view defaultText);
     virtual void setBusy(bool busy);  // the hourglass
+    // The small message window of _cmessage: shown without modality, the
+    // caller goes on at once.
+    virtual void showMessageWindow(std::string_view text);
 
     // ---- clipboard, printing, processes
     [[nodiscard]] virtual std::string clipboardText();

@@ -41,6 +41,8 @@ class TestHost : public Host {
     [[nodiscard]] std::string dateText() override { return date; }
     [[nodiscard]] std::string timeText() override { return time; }
     [[nodiscard]] double secondsSinceMidnight() override { return seconds; }
+    std::string timestamp = "20261121_120000";
+    [[nodiscard]] std::string timestampText() override { return timestamp; }
     [[nodiscard]] double random() override;
 
     // ---- dialogs: answers are taken in turn; without one the default
@@ -59,6 +61,8 @@ class TestHost : public Host {
                          std::string_view title = {}) override;
     std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
                                         std::string_view defaultText) override;
+    std::vector<std::string> messageWindows;  // texts of _cmessage, in turn
+    void showMessageWindow(std::string_view text) override { messageWindows.emplace_back(text); }
     bool busy = false;
     void setBusy(bool b) override { busy = b; }
 

@@ -78,9 +78,10 @@ void AddShellParameter(ShellTable& table, std::string_view commandName,
 }
 
 int32_t FindShellCommand(const ShellTable& table, std::string_view name) {
-    const std::string wanted = UpperCase(name);
+    // Compared letter by letter without regard to case, without copies:
+    // every line of a script looks its word up.
     for (int32_t i = 0; i < table.shellCommandCount; ++i)
-        if (UpperCase(table.shellCommands[i].name) == wanted) return i;
+        if (EqualUpper(table.shellCommands[i].name, name)) return i;
     return -1;
 }
 

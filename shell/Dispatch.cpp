@@ -20,6 +20,7 @@ constexpr ListFn kLists[] = {
     &TargetRows,
     &TargetSetupRows,
     &FlashRows,
+    &ScriptRows,
     &ListingViewRows,
 };
 

@@ -16,6 +16,7 @@
 #include "sfr/SfrSets.h"
 #include "target/Target.h"
 #include "shell/CommandBox.h"
+#include "shell/Script.h"
 #include "shell/Shell.h"
 
 #ifndef VORTELM_VERSION
@@ -252,10 +253,10 @@ void Program::StepRunStartupScripts() {
     ProgramState& st = *st_;
     for (const std::string& word : options_.scripts) {
         if (FileExists(st, word, kFalse)) {
-            // The script interpreter hooks in here.
-            Text2Buffer(st, CrLf() + "*ERROR: Scripts can not run in this build: " + word);
+            startupStatus_ = static_cast<int16_t>(RunScript(*session_, word, kFalse));
         } else {
             st.host->messageBox("Illegal startup parameters", MsgButtons::Ok, MsgIcon::Stop);
+            startupStatus_ = -1;
         }
     }
 }

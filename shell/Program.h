@@ -97,6 +97,10 @@ public:
     void ShutDownProgram();
     [[nodiscard]] bool quitRequested() const { return quit_; }
 
+    // How the last script word of start-up went: 0 when it ran to its end
+    // and its last line succeeded (also when there was none), -1 otherwise.
+    [[nodiscard]] int16_t startupStatus() const { return startupStatus_; }
+
     // The version text shown by the about box: major.minor.revision.
     [[nodiscard]] static std::string VersionText();
     // The day the program was built, and its licence, for the about box.
@@ -115,6 +119,7 @@ private:
     std::unique_ptr<link::ComPort> port_;
     std::unique_ptr<target::Target> target_;
     bool quit_ = false;
+    int16_t startupStatus_ = 0;
 };
 
 }  // namespace vortelm::shell

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,8 @@ struct Target;
 }
 
 namespace vortelm::shell {
+
+struct ScriptTables;
 
 // One argument of a shell line, classified as every kind it can be.
 struct ParsedParameter {
@@ -104,6 +107,8 @@ struct Session {
     // The code of the operation that failed in the last line run, 0 when
     // none did (read by the command box for its failure line).
     int32_t lastFailureCode = 0;
+    // The tables of the running scripts, one set per depth (Script.h).
+    std::shared_ptr<ScriptTables> scripts;
 };
 
 }  // namespace vortelm::shell

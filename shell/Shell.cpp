@@ -21,10 +21,21 @@ void Say(ProgramState& st, std::string_view text) {
     Text2Buffer(st, std::string(text) + CrLf());
 }
 
+// Whether the argument's file opens; tested when a type asks for it (the
+// test costs a look into the file system, which most arguments never need).
+bool IsFileName(const ProgramState& st, ParsedParameter& a) {
+    if (a.isFileName == 0 && CanOpenForReading(ResolveInProgramFolder(st, a.text))) {
+        a.fileName = a.text;
+        a.isFileName = kTrue;
+    }
+    return a.isFileName != 0;
+}
+
 // Whether an argument passes the check of one type word. "FILENAME" as the
 // first type lets a name without ":" through untested; as the alternative
 // only a file that opens counts.
-bool Accepts(const ParsedParameter& a, const std::string& typeWord, bool alternative) {
+bool Accepts(const ProgramState& st, ParsedParameter& a, const std::string& typeWord,
+             bool alternative) {
     const std::string t = UpperCase(typeWord);
     if (t == "STRING") return true;
     if (t == "DECIMAL VALUE") return a.isDecimal != 0;
@@ -33,7 +44,7 @@ bool Accepts(const ParsedParameter& a, const std::string& typeWord, bool alterna
     if (t == "HEXADECIMAL VALUE (8 BIT)") return a.isHex8 != 0;
     if (t == "FILENAME") {
         if (!alternative && a.text.find(':') == std::string::npos) return true;
-        return a.isFileName != 0;
+        return IsFileName(st, a);
     }
     if (t == "MEM DEVICE") return a.isMemDevice != 0;
     if (t == "SFR") return a.isSfr != 0;
@@ -45,6 +56,12 @@ bool Accepts(const ParsedParameter& a, const std::string& typeWord, bool alterna
 }  // namespace
 
 ParsedParameter ClassifyArgument(const ProgramState& st, std::string_view text) {
+    ParsedParameter p = ClassifyArgumentNoFile(st, text);
+    (void)IsFileName(st, p);
+    return p;
+}
+
+ParsedParameter ClassifyArgumentNoFile(const ProgramState& st, std::string_view text) {
     ParsedParameter p;
     p.text = std::string(text);
     const bool capitalE = HasCapitalE(text);
@@ -83,7 +100,7 @@ ParsedParameter ClassifyArgument(const ProgramState& st, std::string_view text) 
 
     const int units = std::clamp<int>(st.memoryUnitCount, 0, kMemoryUnitBound + 1);
     for (int i = 0; i < units; ++i) {
-        if (UpperCase(st.memoryUnits[i].name) == upper) {
+        if (EqualUpper(st.memoryUnits[i].name, upper)) {
             p.memDevice = i;
             p.isMemDevice = kTrue;
             break;
@@ -102,10 +119,6 @@ ParsedParameter ClassifyArgument(const ProgramState& st, std::string_view text) 
         }
     }
 
-    if (CanOpenForReading(ResolveInProgramFolder(st, text))) {
-        p.fileName = std::string(text);
-        p.isFileName = kTrue;
-    }
     return p;
 }
 
@@ -121,7 +134,7 @@ int16_t ParseShellArguments(Session& s, std::string_view line) {
         std::string_view arg = std::string_view(args).substr(pos, comma - pos);
         while (!arg.empty() && arg.front() == ' ') arg.remove_prefix(1);
         CheckBound(s.parsedParameterCount, kShellParameterBound, "parsedParameters");
-        s.parsedParameters[s.parsedParameterCount] = ClassifyArgument(s.st, arg);
+        s.parsedParameters[s.parsedParameterCount] = ClassifyArgumentNoFile(s.st, arg);
         ++s.parsedParameterCount;
         pos = comma + 1;
     }
@@ -168,7 +181,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
             } else {
                 status = 0;
                 for (int i = 0; i < s.parsedParameterCount; ++i) {
-                    const ParsedParameter& a = s.parsedParameters[i];
+                    ParsedParameter& a = s.parsedParameters[i];
                     bool ok = false;
                     std::string typeText;
                     std::string altText;
@@ -176,8 +189,9 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                         const ShellParameterRecord& p = cmd.parameters[i];
                         typeText = p.type;
                         altText = p.alternativeType;
-                        ok = Accepts(a, p.type, false) ||
-                             (!p.alternativeType.empty() && Accepts(a, p.alternativeType, true));
+                        ok = Accepts(st, a, p.type, false) ||
+                             (!p.alternativeType.empty() &&
+                              Accepts(st, a, p.alternativeType, true));
                     }
                     if (ok) {
                         extra = 0;

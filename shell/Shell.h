@@ -38,6 +38,9 @@ void AddShellParameter(ShellTable& table, std::string_view commandName,
 int16_t ParseShellArguments(Session& s, std::string_view line);
 // Classifies one argument text (without its leading blanks) as every kind.
 [[nodiscard]] ParsedParameter ClassifyArgument(const ProgramState& st, std::string_view text);
+// The same but for the file test, which the frame makes only for an
+// argument whose declared type asks for it (isFileName stays 0 until then).
+[[nodiscard]] ParsedParameter ClassifyArgumentNoFile(const ProgramState& st, std::string_view text);
 
 // Runs (checkOnly 0) or checks (checkOnly -1) one shell line. 0 when all
 // went well; a status word below 0, or the row's id when its operation failed.

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QFileDialog>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -16,6 +17,7 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QScrollBar>
+#include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QStyle>
@@ -32,6 +34,7 @@
 #include "forms/TargetEntries.h"
 #include "link/ComPort.h"
 #include "shell/Program.h"
+#include "shell/Script.h"
 #include "target/Target.h"
 #include "forms/FFlash.h"
 #include "ui/FComPort.h"
@@ -473,14 +476,24 @@ void FVortElm::buildMenus() {
     menuEntry(settings, "USettingsFrontend", "Frontend ...", [this]() { showFrontendSettings(); });
 
     QMenu* script = top("PScript", "S&cript");
-    menuEntry(script, "UScriptExecute", "Execute ...", nullptr);
+    menuEntry(script, "UScriptExecute", "Execute ...", [this]() {
+        const QString name = QFileDialog::getOpenFileName(
+            this, QStringLiteral("Load script"),
+            QString::fromStdString(st_.programFolder + "/SCRIPTS"),
+            QStringLiteral("Script files (*.scm);;All Files (*.*)"));
+        if (!name.isEmpty()) runScript(name.toStdString());
+    });
     menuEntry(script, "UScriptSelectUserScript", "User Scripts ...", nullptr);
     for (int i = 0; i < 16; ++i) {
         QAction* a = script->addAction(QString());
         a->setObjectName(QStringLiteral("UScriptLastfile%1").arg(i));
         a->setVisible(false);  // hidden until the list of last scripts fills it
-        a->setEnabled(false);
+        connect(a, &QAction::triggered, this, [this, i]() { runLastScript(i); });
     }
+    // Esc anywhere in the window asks a running script (or a _poll) to stop.
+    auto* esc = new QShortcut(QKeySequence(Qt::Key_Escape), this);
+    esc->setObjectName(QStringLiteral("XScriptAbort"));
+    connect(esc, &QShortcut::activated, this, [this]() { st_.scriptAbort = 1; });
 
     QMenu* help = top("PHelp", "&Help");
     menuEntry(help, "UHelpIndex", "Contents", nullptr);
@@ -674,8 +687,7 @@ void FVortElm::refreshFeatureButtons() {
 }
 
 void FVortElm::refreshLastScripts() {
-    // The entries show the last scripts; running one from here comes with
-    // the script interpreter.
+    // The entries show the last scripts, the newest first.
     for (size_t i = 0; i < st_.lastScriptFiles.size(); ++i) {
         auto* a = findChild<QAction*>(QStringLiteral("UScriptLastfile%1").arg(i));
         if (!a) continue;
@@ -767,6 +779,23 @@ void FVortElm::afterCommand() {
     refreshStatus();
     refreshMemory();
     if (program_.quitRequested() && !closing_) close();
+}
+
+// ---- scripts
+
+void FVortElm::runScript(const std::string& fileName) {
+    guarded([&]() { (void)shell::RunScript(program_.session(), fileName, 0); });
+    afterCommand();
+}
+
+void FVortElm::runLastScript(int index) {
+    if (index < 0 || index >= static_cast<int>(st_.lastScriptFiles.size())) return;
+    const std::string name = st_.lastScriptFiles[static_cast<size_t>(index)];
+    if (!FileExists(st_, name, kFalse)) {
+        Text2Buffer(st_, "*ERROR: Script File not found\r\n");
+        return;
+    }
+    runScript(name);
 }
 
 // ---- target operations

@@ -101,6 +101,10 @@ public:
     void doFlash(const char* feature);
     void showComSettings();
     void showTerminalSettings();
+    // Runs a script file (Script menu, last scripts); Esc in the window
+    // stops it between statements.
+    void runScript(const std::string& fileName);
+    void runLastScript(int index);
     // The view, print, front-end settings and about forms (FVortElm_Forms.cpp).
     void showView(int mode);
     void showPrint();

@@ -174,6 +174,20 @@ MsgAnswer QtHost::messageBox(std::string_view text, MsgButtons buttons, MsgIcon 
     }
 }
 
+void QtHost::showMessageWindow(std::string_view text) {
+    if (answerBoxes_) answeredBoxes.emplace_back(text);
+    if (!messageWindow_) {
+        messageWindow_ = new QMessageBox(QApplication::activeWindow());
+        messageWindow_->setObjectName(QStringLiteral("FMessage"));
+        messageWindow_->setWindowTitle(QStringLiteral("Vortelm"));
+        messageWindow_->setStandardButtons(QMessageBox::Ok);
+        messageWindow_->setModal(false);
+        messageWindow_->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    messageWindow_->setText(Q(text));
+    messageWindow_->show();
+}
+
 std::optional<std::string> QtHost::inputBox(std::string_view prompt, std::string_view title,
                                             std::string_view defaultText) {
     if (answerBoxes_) {

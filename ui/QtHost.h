@@ -5,7 +5,9 @@
 // dialogs, the clipboard is the system's. The drawing calls go to the main
 // window once it is attached.
 
+#include <QMessageBox>
 #include <QObject>
+#include <QPointer>
 
 #include <map>
 #include <memory>
@@ -57,6 +59,9 @@ public:
     std::optional<std::string> inputBox(std::string_view prompt, std::string_view title,
                                         std::string_view defaultText) override;
     void setBusy(bool busy) override;
+    // The small message window FMessage of _cmessage: shown without
+    // modality (also in unattended runs, where its text is kept as well).
+    void showMessageWindow(std::string_view text) override;
 
     [[nodiscard]] std::string clipboardText() override;
     void setClipboardText(std::string_view text) override;
@@ -94,6 +99,7 @@ private:
     HostWindow* window_ = nullptr;
     FInfo* launchInfo_ = nullptr;
     bool answerBoxes_ = false;
+    QPointer<QMessageBox> messageWindow_;
     int busyDepth_ = 0;
     std::vector<std::unique_ptr<Watched>> sources_;
     std::unique_ptr<QTimer> dueTimer_;

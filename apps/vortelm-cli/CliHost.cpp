@@ -1,7 +1,10 @@
 #include "apps/vortelm-cli/CliHost.h"
 
+#include <signal.h>
 #include <spawn.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include <cstdio>
 
@@ -36,7 +39,14 @@ std::optional<std::string> CliHost::inputBox(std::string_view prompt, std::strin
     std::fprintf(stderr, "%s\n", out.c_str());
     std::fflush(stderr);
     if (!answerYes_) return std::nullopt;
+    if (lineReader_)
+        if (auto line = lineReader_()) return line;
     return std::string(defaultText);
+}
+
+void CliHost::showMessageWindow(std::string_view text) {
+    std::fprintf(stderr, "%.*s\n", static_cast<int>(text.size()), text.data());
+    std::fflush(stderr);
 }
 
 void CliHost::terminalAppended(std::string_view text) {

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "apps/vortelm-cli/CliText.h"
@@ -38,6 +39,14 @@ class CliHost : public Host {
     // Runs before every pass of the event loop.
     std::function<void()> beforeYield;
 
+    // Where input boxes take their answer from: the next line, or nothing at
+    // the end of input (then the box gives its default text).
+    void setLineReader(std::function<std::optional<std::string>()> reader) {
+        lineReader_ = std::move(reader);
+    }
+    // The small message window of _cmessage goes to standard error.
+    void showMessageWindow(std::string_view text) override;
+
     // Ends the output with a line end where the last line is still open.
     void flush();
 
@@ -50,6 +59,7 @@ class CliHost : public Host {
     std::FILE* log_ = nullptr;
     bool progressShown_ = false;
     ProgressBar bar_;
+    std::function<std::optional<std::string>()> lineReader_;
 };
 
 }  // namespace vortelm::cli

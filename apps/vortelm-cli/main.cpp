@@ -41,12 +41,14 @@ constexpr const char* kHelp =
     "                   [--boot-entry SEQUENCE] [SCRIPT...]\n"
     "       vortelm-cli --list-ports | --help | --version\n"
     "\n"
-    "Starts as the GUI does, runs each SCRIPT given, then reads standard input\n"
-    "line by line and treats each line as the command box does:\n"
+    "Starts as the GUI does, runs each SCRIPT given (a script file, as\n"
+    "_executescript runs one), then reads standard input line by line and\n"
+    "treats each line as the command box does:\n"
     "  _command args    a shell command (\"_help\" lists them)\n"
     "  :48656C          hexadecimal bytes sent to the target\n"
     "  any other text   sent to the target as it stands\n"
-    "It ends at the end of input or with _quit.\n"
+    "It ends at the end of input or with _quit. Ctrl-C stops a running\n"
+    "script or _poll; a second Ctrl-C before that ends the program.\n"
     "\n"
     "Options:\n"
     "  --home DIR     data home (default $XDG_DATA_HOME/vortelm, else\n"
@@ -54,8 +56,11 @@ constexpr const char* kHelp =
     "                 there on the first start\n"
     "  --port TEXT    port for this run: a device path, socket://host:port or\n"
     "                 sim: (overrides the preference file, is not saved)\n"
-    "  --yes          answer message boxes with OK/Yes (the default)\n"
-    "  --no           answer message boxes with No/Cancel\n"
+    "  --yes          answer message boxes with OK/Yes (the default); an input\n"
+    "                 box takes the next line of standard input (its default\n"
+    "                 text at the end of input)\n"
+    "  --no           answer message boxes with No/Cancel, input boxes with\n"
+    "                 Cancel\n"
     "  --quiet        leave the echo of each command (\">_command\") out of\n"
     "                 standard output\n"
     "  --log FILE     write the running text to FILE as well (echoes included;\n"
@@ -85,7 +90,8 @@ constexpr const char* kHelp =
     "\n"
     "Exit status:\n"
     "  0    the last line run succeeded (or there was none)\n"
-    "  1    the last line run failed\n"
+    "  1    the last line run failed (a SCRIPT counts as one line: it fails\n"
+    "       when it is refused, aborted or its last line fails)\n"
     "  2    bad usage, or the --log file could not be opened\n"
     "  130  ended by Ctrl-C\n";
 
@@ -249,6 +255,17 @@ int main(int argc, char** argv) {
     if (!logPath.empty() && log == nullptr) return 2;
     vortelm::cli::CliHost host(answerYes, quiet);
     host.setLogFile(log);
+    // Input boxes take their answer from the next line of standard input,
+    // also while a script of the command line runs.
+    host.addSource(input);
+    host.setLineReader([&input, &host]() -> std::optional<std::string> {
+        std::string answer;
+        while (!input.nextLine(answer)) {
+            if (input.eof) return std::nullopt;
+            host.yield(host.nowUs() + 1'000'000);
+        }
+        return answer;
+    });
     vortelm::apps::AddSimOpener(options.openers);
     vortelm::shell::Program program(host, options);
     WireInterrupts(host, program);
@@ -258,8 +275,7 @@ int main(int argc, char** argv) {
     interrupted = InterruptEndsJob(program, inputIsTerminal);
     host.showProgress(true);
 
-    host.addSource(input);
-    int16_t last = 0;
+    int16_t last = program.startupStatus();
     std::string line;
     while (!program.quitRequested() && !interrupted) {
         if (input.nextLine(line)) {

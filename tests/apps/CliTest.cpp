@@ -139,12 +139,12 @@ TEST_F(Cli, MissingScriptWordShowsTheBoxOnStandardError) {
     EXPECT_EQ(status, 0);
 }
 
-TEST_F(Cli, ExistingScriptWordIsNotYetRunnable) {
+TEST_F(Cli, ExistingScriptWordRuns) {
     std::ofstream(dir + "/job.scm") << "_test\n";
     Run("", "job.scm");
     EXPECT_EQ(err, "");
-    EXPECT_NE(out.find("*ERROR: Scripts can not run in this build: "), std::string::npos);
-    EXPECT_NE(out.find("job.scm"), std::string::npos);
+    EXPECT_EQ(out, "_test\n>_test\n38F00A\n*Script successfully executed\n");
+    EXPECT_EQ(status, 0);
 }
 
 TEST_F(Cli, ClosedStandardInputEnds) {

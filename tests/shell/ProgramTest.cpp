@@ -159,7 +159,11 @@ TEST(Program, MissingStartupScriptShowsTheBoxAndTheNextStillRuns) {
     EXPECT_EQ(host.boxes[0].text, "Illegal startup parameters");
     EXPECT_EQ(host.boxes[0].icon, MsgIcon::Stop);
     EXPECT_EQ(host.boxes[1].text, "Illegal startup parameters");
-    EXPECT_NE(host.terminal.find("b.scm"), std::string::npos);
+    // b.scm runs between the two boxes.
+    EXPECT_NE(host.terminal.find("_test\r\n>_test\r\n38F00A\r\n*Script successfully executed\r\n"),
+              std::string::npos);
+    EXPECT_EQ(p.state().lastScriptFiles[0], "b.scm");
+    EXPECT_EQ(p.startupStatus(), -1);  // the last word named no file
     EXPECT_EQ(p.stepsRun, 16);
 }
 
