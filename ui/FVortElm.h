@@ -37,6 +37,7 @@ struct Target;
 namespace vortelm::ui {
 
 class HexCell;
+class SfrArea;
 class TerminalView;
 
 class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
@@ -58,6 +59,8 @@ public:
     void refreshMemory() override;
     void gotoPage(int32_t page) override;
     void progress(int64_t value, int64_t maximum) override;
+    void refreshSfrView() override;
+    [[nodiscard]] SfrArea& sfrArea() { return *sfrArea_; }
 
     // ---- HexPageView
     void drawCells() override;
@@ -131,6 +134,7 @@ private:
     QLabel* stateText_ = nullptr;
     QLineEdit* controller_ = nullptr;
     QProgressBar* progressBar_ = nullptr;
+    SfrArea* sfrArea_ = nullptr;  // the SFR view beside the hex page
     bool closing_ = false;
 };
 

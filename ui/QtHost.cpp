@@ -236,4 +236,8 @@ void QtHost::progress(int64_t value, int64_t maximum) {
     if (window_) window_->progress(value, maximum);
 }
 
+void QtHost::refreshSfrView() {
+    if (window_) window_->refreshSfrView();
+}
+
 }  // namespace vortelm::ui

@@ -29,6 +29,7 @@ public:
     virtual void refreshMemory() = 0;
     virtual void gotoPage(int32_t address) = 0;
     virtual void progress(int64_t value, int64_t maximum) = 0;
+    virtual void refreshSfrView() {}
 };
 
 class QtHost : public QObject, public Host {
@@ -64,6 +65,9 @@ public:
     void refreshMemory() override;
     void gotoPage(int32_t address) override;
     void progress(int64_t value, int64_t maximum) override;
+    void refreshSfrView() override;
+    // True while an operation shows the hourglass (a transfer, a connect).
+    [[nodiscard]] bool busy() const { return busyDepth_ > 0; }
 
     // Runs the ready and due sources and arms the wake-up for the next due
     // time (also called by the notifiers and the due timer).
