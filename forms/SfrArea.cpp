@@ -2,6 +2,7 @@
 
 #include "core/Host.h"
 #include "core/RunTimeError.h"
+#include "link/ComPort.h"
 #include "sfr/SfrSets.h"
 #include "target/SfrView.h"
 
@@ -9,6 +10,20 @@ namespace vortelm::forms {
 
 int SfrArea::Refresh() {
     return target::RefreshSfrView(st_, port_);
+}
+
+int SfrArea::RequestRefresh(bool hostBusy) {
+    if (refreshing_ || hostBusy || (port_ != nullptr && (port_->ComSemaphore & 2) != 0)) {
+        pending_ = true;
+        return -1;
+    }
+    pending_ = false;
+    refreshing_ = true;
+    struct Done {
+        bool& flag;
+        ~Done() { flag = false; }
+    } done{refreshing_};
+    return Refresh();
 }
 
 void SfrArea::XSFRReg_Click(int tab) {

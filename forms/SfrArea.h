@@ -25,6 +25,13 @@ class SfrArea {
     // RefreshSfrView: the registers of the list are read (when connected)
     // and the lines rebuilt. Gives the number of exchanges it made.
     int Refresh();
+    // A refresh the program asks for: done now, or put off while an exchange
+    // is on the line, a transfer or a connection runs (hostBusy, the
+    // hourglass) or a refresh waits for the line itself; a refresh put off
+    // is pending until a later request is done. Gives the exchanges made,
+    // or -1 when put off.
+    int RequestRefresh(bool hostBusy);
+    [[nodiscard]] bool pending() const { return pending_; }
 
     // A click on tab n: another set is shown; the current one asks for a new
     // title (a cancelled box gives an empty title). Never refreshes for that.
@@ -56,6 +63,8 @@ class SfrArea {
   private:
     ProgramState& st_;
     link::ComPort* port_;
+    bool pending_ = false;
+    bool refreshing_ = false;
 };
 
 }  // namespace vortelm::forms

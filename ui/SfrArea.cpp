@@ -121,16 +121,10 @@ void SfrArea::takeSelection() {
 }
 
 void SfrArea::refresh() {
-    // An exchange on the line, a transfer, or this refresh itself waiting:
-    // the values are read when the next drawing comes instead.
-    if (refreshing_ || host_.busy() || (port_ != nullptr && (port_->ComSemaphore & 2) != 0)) {
-        pending_ = true;
-        return;
-    }
-    refreshing_ = true;
-    pending_ = false;
     const std::vector<std::string> before = st_.sfrList.lines;
-    guarded([&]() { (void)logic_.Refresh(); });
+    int exchanges = -1;
+    guarded([&]() { exchanges = logic_.RequestRefresh(host_.busy()); });
+    if (exchanges < 0 && logic_.pending()) return;  // done at the next drawing
     changed_.clear();
     const auto& after = st_.sfrList.lines;
     for (size_t i = 0; i < after.size() && i < before.size(); ++i) {
@@ -138,14 +132,13 @@ void SfrArea::refresh() {
         const auto name = [](const std::string& l) { return l.substr(0, 23 + 6); };
         if (name(before[i]) == name(after[i]) && before[i] != after[i]) changed_.insert(i);
     }
-    refreshing_ = false;
     draw(true);
 }
 
 void SfrArea::draw(bool force) {
-    if (pending_ && !refreshing_) {
+    if (logic_.pending() && !host_.busy()) {
         refresh();
-        return;
+        if (!logic_.pending()) return;
     }
     // the tabs are few: drawn every time, since the preferences set titles
     // without a change of the list

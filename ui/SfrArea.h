@@ -55,8 +55,6 @@ class SfrArea : public QWidget {
     QListWidget* list_ = nullptr;
     uint64_t drawn_ = ~uint64_t{0};
     std::set<size_t> changed_;  // lines whose value changed at the last refresh
-    bool refreshing_ = false;
-    bool pending_ = false;
     bool drawing_ = false;
 };
 

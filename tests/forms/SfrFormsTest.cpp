@@ -141,6 +141,25 @@ TEST_F(SfrForms, RefreshWithoutBlockReadReadsRegisterByRegister) {
     EXPECT_EQ(Values()[0], "00FE42 ABCD");
 }
 
+TEST_F(SfrForms, ARefreshWaitsWhileTheLineOrATransferIsBusy) {
+    running();
+    Add({"PSW"});
+    BoardWord(0xFF10, 0x0102);
+    port.ComSemaphore = 2;  // a foreground exchange is on the line
+    EXPECT_EQ(area.RequestRefresh(false), -1);
+    EXPECT_TRUE(area.pending());
+    port.ComSemaphore = 0;
+    EXPECT_EQ(area.RequestRefresh(true), -1);  // a transfer shows the hourglass
+    EXPECT_TRUE(board->commands.empty());
+    EXPECT_EQ(area.RequestRefresh(false), 1);
+    EXPECT_FALSE(area.pending());
+    EXPECT_EQ(Values(), (V{"00FF10 0102"}));
+    // the connection check's own test does not hold the view back
+    port.ComSemaphore = 1;
+    EXPECT_EQ(area.RequestRefresh(false), 1);
+    port.ComSemaphore = 0;
+}
+
 TEST_F(SfrForms, RefreshNotConnectedShowsTheDumpAsItStands) {
     Add({"PSW"});
     WriteDumpByte(st.dump, 0xFF10, 0x34);
