@@ -11,7 +11,7 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 7> kLists{
+constexpr std::array<ListFn, 8> kLists{
     &FrameRows,
     &FileRows,
     &HexEditorRows,
@@ -19,6 +19,7 @@ constexpr std::array<ListFn, 7> kLists{
     &TerminalRows,
     &TargetRows,
     &SfrRows,
+    &ListingViewRows,
 };
 
 }  // namespace

@@ -39,6 +39,10 @@ namespace vortelm::ui {
 class HexCell;
 class SfrArea;
 class TerminalView;
+class FAbout;
+class FFrontendSettings;
+class FPrint;
+class FView;
 
 class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     Q_OBJECT
@@ -90,6 +94,11 @@ public:
     void doCompare();
     void showComSettings();
     void showTerminalSettings();
+    // The view, print, front-end settings and about forms (FVortElm_Forms.cpp).
+    void showView(int mode);
+    void showPrint();
+    void showFrontendSettings();
+    void showAbout();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -136,6 +145,10 @@ private:
     QProgressBar* progressBar_ = nullptr;
     SfrArea* sfrArea_ = nullptr;  // the SFR view beside the hex page
     bool closing_ = false;
+    FView* view_ = nullptr;
+    FPrint* print_ = nullptr;
+    FFrontendSettings* frontendSettings_ = nullptr;
+    FAbout* about_ = nullptr;
 };
 
 }  // namespace vortelm::ui

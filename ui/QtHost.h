@@ -18,6 +18,8 @@ class QTimer;
 
 namespace vortelm::ui {
 
+class FInfo;
+
 // What the host asks of the main window.
 class HostWindow {
 public:
@@ -68,6 +70,9 @@ public:
     void refreshSfrView() override;
     // True while an operation shows the hourglass (a transfer, a connect).
     [[nodiscard]] bool busy() const { return busyDepth_ > 0; }
+    void scaleForms(double xFactor, double yFactor) override;
+    // The launch form takes start-up's progress until start-up hides it.
+    void showLaunchInfo(FInfo* info) { launchInfo_ = info; }
 
     // Runs the ready and due sources and arms the wake-up for the next due
     // time (also called by the notifiers and the due timer).
@@ -88,6 +93,7 @@ private:
     void watch(Watched& w);
 
     HostWindow* window_ = nullptr;
+    FInfo* launchInfo_ = nullptr;
     bool answerBoxes_ = false;
     int busyDepth_ = 0;
     std::vector<std::unique_ptr<Watched>> sources_;
