@@ -17,6 +17,7 @@
 
 #include <unistd.h>
 
+#include "apps/SimOpener.h"
 #include "config/Startup.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -107,8 +108,9 @@ Result Run(const std::string& home, const std::vector<int32_t>& addresses) {
     InitDumpMemory(st.dump);
     Result r;
     link::ComPort port(st);
-    port.opener = [&st, &host](std::string_view t, const channel::LineSettings& ls) {
-        return link::OpenChannel(t, ls, st.TIMEOUT, st.MCTYPE, [&host] { return host.now; });
+    apps::AddSimOpener(port.openers);
+    port.opener = [&st, &host, &port](std::string_view t, const channel::LineSettings& ls) {
+        return port.openers.open(t, ls, st.TIMEOUT, st.MCTYPE, [&host] { return host.now; });
     };
     port.get_preferences();
     if (!port.isOpen()) return r;

@@ -63,10 +63,10 @@ RowResult ViewSfrs(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x9001), &RefreshSfr},
-    {RowId(0x9002), &AddSfr},
-    {RowId(0x9003), &RemoveSfr},
-    {RowId(0xF005), &ViewSfrs},
+    {"_refreshsfr", &RefreshSfr},
+    {"_addsfr", &AddSfr},
+    {"_removesfr", &RemoveSfr},
+    {"_viewsfrs", &ViewSfrs},
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
@@ -78,7 +79,7 @@ int RefreshSfrViewByRegister(ProgramState& st, link::ComPort* port) {
         QuietReceive quiet(port);
         if (Reading(st, port)) {
             link::Monitor mon(st, *port);
-            const bool word = link::KernelHasFeature(st, "READWORD");
+            const bool word = HasFeature(st, "READWORD", -1);
             for (size_t i = 0; i < st.sfrList.lines.size(); ++i) {
                 const int32_t index = LineRegister(st, i);
                 if (index < 0) continue;
@@ -92,7 +93,7 @@ int RefreshSfrViewByRegister(ProgramState& st, link::ComPort* port) {
 }
 
 int RefreshSfrView(ProgramState& st, link::ComPort* port) {
-    if (!link::KernelHasFeature(st, "READBLOCK")) return RefreshSfrViewByRegister(st, port);
+    if (!HasFeature(st, "READBLOCK", -1)) return RefreshSfrViewByRegister(st, port);
     int exchanges = 0;
     {
         QuietReceive quiet(port);
