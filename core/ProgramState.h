@@ -95,6 +95,7 @@ struct ProgramState {
     std::array<SfrSet, kSfrSetBound + 1> sfrSets{};
     int16_t sfrSetCount = 8;
     int16_t currentSfrSet = 0;
+    SfrListBox sfrList;
 
     SelectionList selections;
     DumpMemory dump;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vortelm {
 
@@ -146,6 +147,18 @@ struct SfrSet {
     int16_t count = 0;
 };
 constexpr int kSfrSetBound = 8;
+
+// The SFR list of the main window (ISfr): its lines, which of them are
+// selected, and the current line (-1 for none). Line i shows entry i of the
+// current set; a removal by the shell from a set not on show takes a line
+// away all the same, so list and set may differ until that set is viewed
+// again. changes counts every change, so a front end redraws only then.
+struct SfrListBox {
+    std::vector<std::string> lines;
+    std::vector<uint8_t> selected;
+    int32_t listIndex = -1;
+    uint64_t changes = 0;
+};
 
 // ---- files -------------------------------------------------------------------
 

@@ -21,6 +21,7 @@ constexpr ListFn kLists[] = {
     &TargetSetupRows,
     &FlashRows,
     &ScriptRows,
+    &SfrRows,
     &ListingViewRows,
 };
 

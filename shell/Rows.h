@@ -53,6 +53,7 @@ std::span<const RowBinding> TargetRows();     // groups 5 to 8 and 14, the targe
 std::span<const RowBinding> TargetSetupRows();  // _initialize, _idreg, _call, _movemonitor, ... (Rows_TargetSetup.cpp)
 std::span<const RowBinding> FlashRows();      // group 13, flash (Rows_Flash.cpp)
 std::span<const RowBinding> ScriptRows();  // groups 11 and 12, log and scripting (Rows_Script.cpp)
+std::span<const RowBinding> SfrRows();        // group 9 and _viewsfrs (Rows_Sfr.cpp)
 std::span<const RowBinding> ListingViewRows();  // the view rows that list selections (Rows_Listing.cpp)
 
 // The handler bound to the row of that name, or nullptr when its operation

@@ -35,6 +35,20 @@ void AddIdRegisters(std::vector<RegisterDef>& regs, uint16_t manuf, uint16_t chi
     regs.push_back({"IDRES0", 0xF070, 0x0000, kRegReadOnly});
 }
 
+// The ports and timers every board has, at the same places.
+void AddPortAndTimerRegisters(std::vector<RegisterDef>& regs) {
+    regs.push_back({"P2", 0xFFC0, 0x0000, kRegPlain});
+    regs.push_back({"DP2", 0xFFC2, 0x0000, kRegPlain});
+    regs.push_back({"P3", 0xFFC4, 0x0000, kRegPlain});
+    regs.push_back({"DP3", 0xFFC6, 0x0000, kRegPlain});
+    regs.push_back({"T2", 0xFE40, 0x0000, kRegPlain});
+    regs.push_back({"T3", 0xFE42, 0x0000, kRegPlain});
+    regs.push_back({"T4", 0xFE44, 0x0000, kRegPlain});
+    regs.push_back({"T2CON", 0xFF40, 0x0000, kRegPlain});
+    regs.push_back({"T3CON", 0xFF42, 0x0000, kRegPlain});
+    regs.push_back({"T4CON", 0xFF44, 0x0000, kRegPlain});
+}
+
 std::vector<std::vector<Area>> EqualSections(uint32_t first, uint32_t count, uint32_t size) {
     std::vector<std::vector<Area>> s;
     for (uint32_t i = 0; i < count; ++i) s.push_back({{first + i * size, first + (i + 1) * size - 1}});
@@ -60,6 +74,7 @@ BoardModel Ald4() {
     m.registers.push_back({"RSTCON", 0xF1E0, 0x0000, kRegHelperOnly});
     m.registers.push_back({"PLLCON", 0xF1E2, 0x0000, kRegHelperOnly});
     AddIdRegisters(m.registers, 0x1820, 0x0D12, 0x3040, 0x8080, 0x6001);
+    AddPortAndTimerRegisters(m.registers);
 
     FlashUnitDef ifl;
     ifl.name = "IFLASH";
@@ -107,6 +122,7 @@ BoardModel Zt() {
     m.registers.push_back({"PLLCON", 0xF0AC, 0x0C31, kRegHelperOnly});
     m.registers.push_back({"RSTCON", 0xF0AE, 0x0000, kRegHelperOnly});
     AddIdRegisters(m.registers, 0x1821, 0x8A01, 0x3040, 0x2020, 0x6003);
+    AddPortAndTimerRegisters(m.registers);
 
     FlashUnitDef ifl;
     ifl.name = "IFLASH";
@@ -133,6 +149,7 @@ BoardModel Zt7() {
     m.registers.push_back({"PLLCON", 0xF0AC, 0x0C31, kRegHelperOnly});
     m.registers.push_back({"RSTCON", 0xF0AE, 0x0000, kRegHelperOnly});
     AddIdRegisters(m.registers, 0x0400, 0x7001, 0x3080, 0x2020, 0x6004);
+    AddPortAndTimerRegisters(m.registers);
 
     FlashUnitDef ifl;
     ifl.name = "IFLASH";

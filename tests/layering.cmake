@@ -5,7 +5,7 @@
 set(allowed_core    "core")
 set(allowed_image   "core;image")
 set(allowed_config  "core;sfr;config")
-set(allowed_sfr     "core;sfr")
+set(allowed_sfr     "core;image;sfr")
 set(allowed_disasm  "core;image;sfr;disasm")
 set(allowed_sim     "link/ByteChannel.h;sim")
 set(allowed_link    "core;image;config;sfr;link")

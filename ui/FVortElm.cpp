@@ -41,6 +41,7 @@
 #include "ui/FFlash.h"
 #include "ui/FTerminalSettings.h"
 #include "ui/Colours.h"
+#include "ui/SfrArea.h"
 
 namespace vortelm::ui {
 
@@ -218,7 +219,14 @@ FVortElm::FVortElm(shell::Program& program, QtHost& host)
     auto* central = new QWidget(this);
     auto* split = new QSplitter(Qt::Vertical, central);
     split->setObjectName(QStringLiteral("XSplitter"));
-    split->addWidget(buildHexPage());
+    auto* top = new QSplitter(Qt::Horizontal);
+    top->setObjectName(QStringLiteral("XTopSplitter"));
+    top->addWidget(buildHexPage());
+    sfrArea_ = new SfrArea(st_, &program.port(), host, top);
+    top->addWidget(sfrArea_);
+    top->setStretchFactor(0, 1);
+    top->setChildrenCollapsible(false);
+    split->addWidget(top);
     split->addWidget(buildTerminal());
     split->setStretchFactor(0, 0);
     split->setStretchFactor(1, 1);
@@ -234,7 +242,7 @@ FVortElm::FVortElm(shell::Program& program, QtHost& host)
     refreshStatus();
     refreshFeatureButtons();
     drawCells();
-    resize(1060, 820);
+    resize(1400, 820);
 }
 
 FVortElm::~FVortElm() { host_.attach(nullptr); }
@@ -733,6 +741,7 @@ void FVortElm::RefreshTerminalWindow() {
     terminal_->setTextCursor(c);
     terminal_->ensureCursorVisible();
     terminalTimer_->stop();
+    sfrArea_->draw();
 }
 
 void FVortElm::ClearTerminal() { vortelm::ClearTerminal(st_); }
@@ -774,7 +783,10 @@ void FVortElm::runCommandLine(const QString& line) {
     afterCommand();
 }
 
+void FVortElm::refreshSfrView() { sfrArea_->refresh(); }
+
 void FVortElm::afterCommand() {
+    sfrArea_->draw();
     refreshLastScripts();
     refreshStatus();
     refreshMemory();

@@ -43,6 +43,7 @@ using forms::HexPage;
 using forms::HexPageView;
 
 class HexCell;
+class SfrArea;
 class TerminalView;
 class FAbout;
 class FFrontendSettings;
@@ -69,6 +70,8 @@ public:
     void gotoPage(int32_t page) override;
     void progress(int64_t value, int64_t maximum) override;
     void showFailure(const std::string& line) override;
+    void refreshSfrView() override;
+    [[nodiscard]] SfrArea& sfrArea() { return *sfrArea_; }
 
     // ---- HexPageView
     void drawCells() override;
@@ -156,6 +159,7 @@ private:
     QLabel* stateText_ = nullptr;
     QLineEdit* controller_ = nullptr;
     QProgressBar* progressBar_ = nullptr;
+    SfrArea* sfrArea_ = nullptr;  // the SFR view beside the hex page
     bool closing_ = false;
     FView* view_ = nullptr;
     FPrint* print_ = nullptr;

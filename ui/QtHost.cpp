@@ -261,6 +261,9 @@ void QtHost::progress(int64_t value, int64_t maximum) {
     if (window_) window_->progress(value, maximum);
 }
 
+void QtHost::refreshSfrView() {
+    if (window_) window_->refreshSfrView();
+}
 void QtHost::scaleForms(double xFactor, double yFactor) { ScaleForms(xFactor, yFactor); }
 
 }  // namespace vortelm::ui

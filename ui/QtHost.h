@@ -35,6 +35,7 @@ public:
     virtual void progress(int64_t value, int64_t maximum) = 0;
     // A failed operation's line, shown in the status bar.
     virtual void showFailure(const std::string& /*line*/) {}
+    virtual void refreshSfrView() {}
 };
 
 class QtHost : public QObject, public Host {
@@ -74,6 +75,9 @@ public:
     void gotoPage(int32_t address) override;
     void progress(int64_t value, int64_t maximum) override;
     void failureReported(std::string_view line) override;
+    void refreshSfrView() override;
+    // True while an operation shows the hourglass (a transfer, a connect).
+    [[nodiscard]] bool busy() const { return busyDepth_ > 0; }
     void scaleForms(double xFactor, double yFactor) override;
     // The launch form takes start-up's progress until start-up hides it.
     void showLaunchInfo(FInfo* info) { launchInfo_ = info; }
