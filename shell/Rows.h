@@ -42,6 +42,7 @@ std::span<const RowBinding> HexEditorRows();  // group 3 (Rows_HexEditor.cpp)
 std::span<const RowBinding> SelectionRows();  // group 4 (Rows_Selection.cpp)
 std::span<const RowBinding> TerminalRows();  // _send, _sendfile, _setp, _openport (Rows_Terminal.cpp)
 std::span<const RowBinding> TargetRows();     // groups 5 to 8 and 14, the target (Rows_Target.cpp)
+std::span<const RowBinding> ViewRows();       // group 15, the listings (Rows_View.cpp)
 
 // The binding of an id, or nullptr when its operation is not in this build.
 [[nodiscard]] RowFn FindRow(int32_t id);
