@@ -36,6 +36,7 @@ struct Target;
 
 namespace vortelm::ui {
 
+class FDisassemble;
 class HexCell;
 class TerminalView;
 
@@ -87,6 +88,9 @@ public:
     void doCompare();
     void showComSettings();
     void showTerminalSettings();
+    // The debug window (BDebug, UViewDisassemble), made on first use.
+    void showDisassembly();
+    [[nodiscard]] FDisassemble* disassembleWindow() const { return disassemble_.get(); }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -132,6 +136,7 @@ private:
     QLineEdit* controller_ = nullptr;
     QProgressBar* progressBar_ = nullptr;
     bool closing_ = false;
+    std::unique_ptr<FDisassemble> disassemble_;
 };
 
 }  // namespace vortelm::ui
