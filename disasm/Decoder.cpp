@@ -1,6 +1,7 @@
 #include "disasm/Decoder.h"
 
 #include <array>
+#include <charconv>
 #include <initializer_list>
 
 #include "core/Helpers.h"
@@ -165,15 +166,23 @@ struct Fields {
     std::array<int32_t, 7> T{}, Q{}, B{}, W{};
 };
 
-std::string Hex(int32_t value, int32_t digits) {
-    return HexText(value, digits);
+// Appends value in upper-case hexadecimal, padded with "0" to digits and
+// never cut (as HexText gives it), without a formatting call per number.
+void AppendHex(std::string& out, uint32_t value, int digits) {
+    char buf[8];
+    int n = 0;
+    do {
+        buf[n++] = "0123456789ABCDEF"[value & 15];
+        value >>= 4;
+    } while (value != 0 && n < 8);
+    for (int i = n; i < digits; ++i) out += '0';
+    while (n > 0) out += buf[--n];
 }
 
-std::string Rw(int32_t x) {
-    return "R" + std::to_string(x);
-}
-std::string Rb(int32_t x) {
-    return std::string((x % 2) == 0 ? "RL" : "RH") + std::to_string(x / 2);
+void AppendDecimal(std::string& out, int32_t value) {
+    char buf[12];
+    const auto r = std::to_chars(buf, buf + sizeof buf, value);
+    out.append(buf, r.ptr);
 }
 
 int32_t Rel(int32_t x) {
@@ -187,72 +196,97 @@ class Line {
         : st_(st),
           extr_(t.extrCount >= 1),
           extpOrExts_(t.extpCount > 0 || t.extsCount > 0),
-          address_(address) {}
+          address_(address) {
+        text.reserve(40);
+    }
 
     std::string text;
     bool bad = false;
 
-    void put(std::string_view s) { text += s; }
+    Line& s(std::string_view v) {
+        text += v;
+        return *this;
+    }
+    Line& rw(int32_t x) {
+        text += 'R';
+        AppendDecimal(text, x);
+        return *this;
+    }
+    Line& rb(int32_t x) {
+        text += (x % 2) == 0 ? "RL" : "RH";
+        AppendDecimal(text, x / 2);
+        return *this;
+    }
+    Line& hex(int32_t v, int digits) {
+        AppendHex(text, static_cast<uint32_t>(v), digits);
+        return *this;
+    }
+    // A number with the letter h behind it.
+    Line& hexh(int32_t v, int digits) { return hex(v, digits).s("h"); }
 
-    void reg(int32_t x, bool byte) {
+    Line& reg(int32_t x, bool byte) {
         if (x >= 240 && x <= 255) {
-            if (byte)
-                put(std::string((x % 2) == 0 ? "RL" : "RH") + std::to_string((x / 2) & 7));
-            else
-                put("R" + std::to_string(x & 15));
-            return;
+            if (byte) {
+                text += (x % 2) == 0 ? "RL" : "RH";
+                AppendDecimal(text, (x / 2) & 7);
+            } else {
+                rw(x & 15);
+            }
+            return *this;
         }
-        const int32_t i = SfrIndexByShort(st_, x, extr_ ? kTrue : kFalse);
-        name(i);
+        return name(SfrIndexByShort(st_, x, extr_ ? kTrue : kFalse));
     }
-    void mem(int32_t a) {
-        if (a >= 0xFE00 || extr_) {
-            name(SfrIndexByAddress(st_, a));
-        } else if (extpOrExts_) {
-            put(Hex(a, 4) + "h");
-        } else {
-            put("DPP" + std::to_string(a / 16384) + ":" + Hex(a & 0x3FFF, 4) + "h");
-        }
+    Line& mem(int32_t a) {
+        if (a >= 0xFE00 || extr_) return name(SfrIndexByAddress(st_, a));
+        if (extpOrExts_) return hexh(a, 4);
+        s("DPP");
+        AppendDecimal(text, a / 16384);
+        return s(":").hexh(a & 0x3FFF, 4);
     }
-    void bit(int32_t b, int32_t q) {
+    Line& bit(int32_t b, int32_t q) {
         if (b < 128) {
-            put(Hex(0xFD00 + 2 * b, 4));
-            if (q < 16) put("." + std::to_string(q));
-            return;
+            hex(0xFD00 + 2 * b, 4);
+            if (q < 16) {
+                text += '.';
+                AppendDecimal(text, q);
+            }
+            return *this;
         }
         const int32_t address = (extr_ ? 0xF100 : 0xFF00) + 2 * (b - 128);
         const int32_t i = SfrIndexByAddress(st_, address);
         if (i < 0) {
-            if (b >= 240)
-                put("R" + std::to_string(b - 240) + "." + std::to_string(q));
-            else
+            if (b >= 240) {
+                rw(b - 240).s(".");
+                AppendDecimal(text, q);
+            } else {
                 bad = true;
-            return;
+            }
+            return *this;
         }
         const SfrRecord& r = st_.sfrTable[static_cast<size_t>(i)];
-        if (q >= 16) {
-            put(r.name);
-        } else if (!r.bitName[static_cast<size_t>(q)].empty() &&
-                   r.bitWidth[static_cast<size_t>(q)] == 1) {
-            put(r.bitName[static_cast<size_t>(q)]);
-        } else {
-            put(r.name + "." + std::to_string(q));
-        }
+        if (q >= 16) return s(r.name);
+        const auto n = static_cast<size_t>(q);
+        if (!r.bitName[n].empty() && r.bitWidth[n] == 1) return s(r.bitName[n]);
+        s(r.name).s(".");
+        AppendDecimal(text, q);
+        return *this;
     }
-    void cc(int32_t x) {
+    Line& cc(int32_t x) {
         if (x >= 0 && x < 16)
-            put(kConditions[static_cast<size_t>(x)]);
+            text += kConditions[static_cast<size_t>(x)];
         else
             bad = true;
+        return *this;
     }
-    void target(int32_t x, int32_t n) { put(Hex(address_ + 2 * Rel(x) + n, 4) + "h"); }
+    Line& target(int32_t x, int32_t n) { return hexh(address_ + 2 * Rel(x) + n, 4); }
 
   private:
-    void name(int32_t index) {
+    Line& name(int32_t index) {
         if (index < 0)
             bad = true;
         else
-            put(st_.sfrTable[static_cast<size_t>(index)].name);
+            text += st_.sfrTable[static_cast<size_t>(index)].name;
+        return *this;
     }
 
     const ProgramState& st_;
@@ -261,43 +295,39 @@ class Line {
     int32_t address_;
 };
 
-std::string Padded(std::string_view s) {
-    std::string out(s);
-    if (out.size() < 8) out.append(8 - out.size(), ' ');
-    return out;
-}
-
 // The sequence instructions put their own text in place of the mnemonic and
 // set their counters; T0 above 3 leaves the table's mnemonic alone.
-bool Sequence(uint8_t op, const Fields& f, InstructionTable& t, Line& line) {
+void Sequence(uint8_t op, const Fields& f, InstructionTable& t, Line& line) {
     const int32_t t0 = f.T[0];
-    if (t0 > 3) return false;
+    if (t0 > 3) return;
     const int16_t counter = static_cast<int16_t>(f.T[1] + 2);
-    const std::string count = std::to_string(f.T[1] + 1);
+    const int32_t count = f.T[1] + 1;
+    line.text.clear();
     if (op == 0xD1) {
         if (t0 == 0) {
-            line.text = "ATOMIC  #" + count;
+            line.s("ATOMIC  #");
         } else {
-            line.text = "EXTR    #" + count;
+            line.s("EXTR    #");
             t.extrCount = counter;
         }
-        return true;
+        AppendDecimal(line.text, count);
+        return;
     }
     static constexpr std::array<std::string_view, 4> kNames{"EXTS    ", "EXTP    ", "EXTSR   ",
                                                             "EXTPR   "};
-    line.text = std::string(kNames[static_cast<size_t>(t0)]);
+    line.s(kNames[static_cast<size_t>(t0)]);
     if (op == 0xD7) {
         if (t0 == 0 || t0 == 2)
-            line.put("#" + Hex(f.B[1], 2) + "h,#" + count);
+            line.s("#").hexh(f.B[1], 2).s(",#");
         else
-            line.put("#" + Hex(f.T[3] * 256 + f.B[1], 4) + "h,#" + count);
+            line.s("#").hexh(f.T[3] * 256 + f.B[1], 4).s(",#");
     } else {
-        line.put(Rw(f.Q[0]) + ",#" + count);
+        line.rw(f.Q[0]).s(",#");
     }
+    AppendDecimal(line.text, count);
     if (t0 == 0 || t0 == 2) t.extsCount = counter;
     if (t0 == 1 || t0 == 3) t.extpCount = counter;
     if (t0 >= 2) t.extrCount = counter;
-    return true;
 }
 
 }  // namespace
@@ -344,18 +374,14 @@ std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t add
     const Syntax syntax = kSyntax.of[op];
     if (rec.mnemonic.empty() || syntax == Syntax::Illegal) return kIllegalInstruction;
 
-    // 3. and 4. The bit stream, walked field by field.
-    std::array<uint8_t, 8> raw{};
+    // 3. and 4. The bit stream (at most 64 bits, first byte highest),
+    // walked field by field.
     const int length = rec.byteLength < 0 ? 0 : (rec.byteLength > 8 ? 8 : rec.byteLength);
-    for (int i = 0; i < length; ++i) raw[static_cast<size_t>(i)] = bytes(address + i);
-    auto bitsAt = [&](int pos, int count) {
-        int32_t v = 0;
-        for (int k = 0; k < count; ++k, ++pos) {
-            const int32_t bit =
-                pos < 8 * length ? (raw[static_cast<size_t>(pos / 8)] >> (7 - pos % 8)) & 1 : 0;
-            v = (v << 1) | bit;
-        }
-        return v;
+    uint64_t stream = 0;
+    for (int i = 0; i < 8; ++i) stream = (stream << 8) | (i < length ? bytes(address + i) : 0u);
+    auto bitsAt = [stream](int pos, int count) {
+        if (pos >= 64) return int32_t{0};
+        return static_cast<int32_t>((stream << pos) >> (64 - count));
     };
     Fields f;
     std::array<size_t, 4> fill{};
@@ -384,22 +410,19 @@ std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t add
             default:
                 continue;  // moves no bit
         }
-        int32_t v = 0;
-        if (width == 16)
-            v = bitsAt(pos, 8) | (bitsAt(pos + 8, 8) << 8);
-        else
-            v = bitsAt(pos, width);
+        const int32_t v =
+            width == 16 ? bitsAt(pos, 8) | (bitsAt(pos + 8, 8) << 8) : bitsAt(pos, width);
         pos += width;
         if (*n < into->size()) (*into)[(*n)++] = v;
     }
 
     // 5. The mnemonic, then 6. the operands of the first byte's syntax.
-    Line line(st, t, address);
-    line.text = Padded(rec.mnemonic);
-    const auto& T = f.T;
+    Line o(st, t, address);
+    o.s(rec.mnemonic);
+    if (o.text.size() < 8) o.text.append(8 - o.text.size(), ' ');
     const auto& Q = f.Q;
     const auto& B = f.B;
-    const auto& W = f.W;
+    const int32_t W0 = f.W[0];
     using S = Syntax;
     switch (syntax) {
         case S::None:
@@ -412,187 +435,165 @@ std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t add
             break;
         }
         case S::RwQ0:
-            line.put(Rw(Q[0]));
+            o.rw(Q[0]);
             break;
         case S::RbQ0:
-            line.put(Rb(Q[0]));
+            o.rb(Q[0]);
             break;
         case S::RegWB1:
-            line.reg(B[1], false);
+            o.reg(B[1], false);
             break;
         case S::RwQ0RwQ1:
-            line.put(Rw(Q[0]) + "," + Rw(Q[1]));
+            o.rw(Q[0]).s(",").rw(Q[1]);
             break;
         case S::RbQ0RbQ1:
-            line.put(Rb(Q[0]) + "," + Rb(Q[1]));
+            o.rb(Q[0]).s(",").rb(Q[1]);
             break;
         case S::RwQ1RbQ0:
-            line.put(Rw(Q[1]) + "," + Rb(Q[0]));
+            o.rw(Q[1]).s(",").rb(Q[0]);
             break;
         case S::IndQ0IndQ1:
-            line.put("[" + Rw(Q[0]) + "],[" + Rw(Q[1]) + "]");
+            o.s("[").rw(Q[0]).s("],[").rw(Q[1]).s("]");
             break;
         case S::RwQ0IndQ1:
-            line.put(Rw(Q[0]) + ",[" + Rw(Q[1]) + "]");
+            o.rw(Q[0]).s(",[").rw(Q[1]).s("]");
             break;
         case S::IndQ1RwQ0:
-            line.put("[" + Rw(Q[1]) + "]," + Rw(Q[0]));
+            o.s("[").rw(Q[1]).s("],").rw(Q[0]);
             break;
         case S::RbQ0IndQ1:
-            line.put(Rb(Q[0]) + ",[" + Rw(Q[1]) + "]");
+            o.rb(Q[0]).s(",[").rw(Q[1]).s("]");
             break;
         case S::IndQ1RbQ0:
-            line.put("[" + Rw(Q[1]) + "]," + Rb(Q[0]));
+            o.s("[").rw(Q[1]).s("],").rb(Q[0]);
             break;
         case S::RwQ0IndQ1Inc:
-            line.put(Rw(Q[0]) + ",[" + Rw(Q[1]) + "+]");
+            o.rw(Q[0]).s(",[").rw(Q[1]).s("+]");
             break;
         case S::IndQ0IndQ1Inc:
-            line.put("[" + Rw(Q[0]) + "],[" + Rw(Q[1]) + "+]");
+            o.s("[").rw(Q[0]).s("],[").rw(Q[1]).s("+]");
             break;
         case S::IndQ0IncIndQ1:
-            line.put("[" + Rw(Q[0]) + "+],[" + Rw(Q[1]) + "]");
+            o.s("[").rw(Q[0]).s("+],[").rw(Q[1]).s("]");
             break;
         case S::DecIndQ1RwQ0:
-            line.put("[-" + Rw(Q[1]) + "]," + Rw(Q[0]));
+            o.s("[-").rw(Q[1]).s("],").rw(Q[0]);
             break;
         case S::DecIndQ1RbQ0:
-            line.put("[-" + Rw(Q[1]) + "]," + Rb(Q[0]));
+            o.s("[-").rw(Q[1]).s("],").rb(Q[0]);
             break;
         case S::RbQ0IndQ1Inc:
-            line.put(Rb(Q[0]) + ",[" + Rw(Q[1]) + "+]");
+            o.rb(Q[0]).s(",[").rw(Q[1]).s("+]");
             break;
         case S::RegWMem:
-            line.reg(B[1], false);
-            line.put(",");
-            line.mem(W[0]);
+            o.reg(B[1], false).s(",").mem(W0);
             break;
         case S::RegBMem:
-            line.reg(B[1], true);
-            line.put(",");
-            line.mem(W[0]);
+            o.reg(B[1], true).s(",").mem(W0);
             break;
         case S::MemRegW:
-            line.mem(W[0]);
-            line.put(",");
-            line.reg(B[1], false);
+            o.mem(W0).s(",").reg(B[1], false);
             break;
         case S::MemRegB:
-            line.mem(W[0]);
-            line.put(",");
-            line.reg(B[1], true);
+            o.mem(W0).s(",").reg(B[1], true);
             break;
         case S::RegWImm16:
-            line.reg(B[1], false);
-            line.put(",#" + Hex(W[0], 4) + "h");
+            o.reg(B[1], false).s(",#").hexh(W0, 4);
             break;
         case S::RwQ1Imm16:
-            line.put(Rw(Q[1]) + ",#" + Hex(W[0], 4) + "h");
+            o.rw(Q[1]).s(",#").hexh(W0, 4);
             break;
         case S::RwQ1Imm4:
-            line.put(Rw(Q[1]) + ",#" + Hex(Q[0], 1) + "h");
+            o.rw(Q[1]).s(",#").hexh(Q[0], 1);
             break;
         case S::RbQ1Imm4:
-            line.put(Rb(Q[1]) + ",#" + Hex(Q[0], 1) + "h");
+            o.rb(Q[1]).s(",#").hexh(Q[0], 1);
             break;
         case S::RegBImm8:
-            line.reg(B[1], true);
-            line.put(",#" + Hex(B[2], 2) + "h");
+            o.reg(B[1], true).s(",#").hexh(B[2], 2);
             break;
         case S::RwQ1Mem:
-            line.put(Rw(Q[1]) + ",");
-            line.mem(W[0]);
+            o.rw(Q[1]).s(",").mem(W0);
             break;
         case S::IndQ1Mem:
-            line.put("[" + Rw(Q[1]) + "],");
-            line.mem(W[0]);
+            o.s("[").rw(Q[1]).s("],").mem(W0);
             break;
         case S::MemIndQ1:
-            line.mem(W[0]);
-            line.put(",[" + Rw(Q[1]) + "]");
+            o.mem(W0).s(",[").rw(Q[1]).s("]");
             break;
         case S::ShortW:
         case S::ShortB:
-            line.put(syntax == S::ShortW ? Rw(Q[0]) : Rb(Q[0]));
-            if ((Q[1] & 8) == 0)
-                line.put(",#" + Hex(Q[1] & 7, 1) + "h");
+            if (syntax == S::ShortW)
+                o.rw(Q[0]);
             else
-                line.put(",[" + Rw(Q[1] & 3) + ((Q[1] & 12) < 12 ? "]" : "+]"));
+                o.rb(Q[0]);
+            if ((Q[1] & 8) == 0)
+                o.s(",#").hexh(Q[1] & 7, 1);
+            else
+                o.s(",[").rw(Q[1] & 3).s((Q[1] & 12) < 12 ? "]" : "+]");
             break;
         case S::DispRwQ0:
-            line.put("[" + Rw(Q[1]) + "+#" + Hex(W[0], 4) + "h]," + Rw(Q[0]));
+            o.s("[").rw(Q[1]).s("+#").hexh(W0, 4).s("],").rw(Q[0]);
             break;
         case S::RwQ0Disp:
-            line.put(Rw(Q[0]) + ",[" + Rw(Q[1]) + "+#" + Hex(W[0], 4) + "h]");
+            o.rw(Q[0]).s(",[").rw(Q[1]).s("+#").hexh(W0, 4).s("]");
             break;
         case S::DispRbQ0:
-            line.put("[" + Rw(Q[1]) + "+#" + Hex(W[0], 4) + "h]," + Rb(Q[0]));
+            o.s("[").rw(Q[1]).s("+#").hexh(W0, 4).s("],").rb(Q[0]);
             break;
         case S::RbQ0Disp:
-            line.put(Rb(Q[0]) + ",[" + Rw(Q[1]) + "+#" + Hex(W[0], 4) + "h]");
+            o.rb(Q[0]).s(",[").rw(Q[1]).s("+#").hexh(W0, 4).s("]");
             break;
         case S::FieldLow:
-            line.bit(B[1], 16);
-            line.put(",#" + Hex(B[2], 2) + "h,#" + Hex(B[3], 2) + "h");
+            o.bit(B[1], 16).s(",#").hexh(B[2], 2).s(",#").hexh(B[3], 2);
             break;
         case S::FieldHigh:
-            line.bit(B[1], 16);
-            line.put(",#" + Hex(B[3], 2) + "h,#" + Hex(B[2], 2) + "h");
+            o.bit(B[1], 16).s(",#").hexh(B[3], 2).s(",#").hexh(B[2], 2);
             break;
         case S::BitBit:
-            line.bit(B[2], Q[1]);
-            line.put(",");
-            line.bit(B[1], Q[0]);
+            o.bit(B[2], Q[1]).s(",").bit(B[1], Q[0]);
             break;
         case S::BitRel:
-            line.bit(B[1], Q[0]);
-            line.put(",");
-            line.target(B[2], 4);
+            o.bit(B[1], Q[0]).s(",").target(B[2], 4);
             break;
         case S::CcInd:
-            line.cc(Q[0]);
-            line.put(",[" + Rw(Q[1]) + "]");
+            o.cc(Q[0]).s(",[").rw(Q[1]).s("]");
             break;
         case S::CcAbs:
-            line.cc(Q[0]);
-            line.put("," + Hex(W[0], 4) + "h");
+            o.cc(Q[0]).s(",").hexh(W0, 4);
             break;
         case S::CcRel:
-            line.cc(Q[0]);
-            line.put(",");
-            line.target(B[0], 2);
+            o.cc(Q[0]).s(",").target(B[0], 2);
             break;
         case S::Rel:
-            line.target(B[1], 2);
+            o.target(B[1], 2);
             break;
         case S::BitB0:
-            line.bit(B[0], Q[0]);
+            o.bit(B[0], Q[0]);
             break;
         case S::SegAbs:
-            line.put(Hex(B[1], 2) + "h," + Hex(W[0], 4) + "h");
+            o.hexh(B[1], 2).s(",").hexh(W0, 4);
             break;
         case S::RegWAbs:
-            line.reg(B[1], false);
-            line.put("," + Hex(W[0], 4) + "h");
+            o.reg(B[1], false).s(",").hexh(W0, 4);
             break;
         case S::Trap:
-            line.put("#" + Hex(B[1] / 2, 2));
+            o.s("#").hex(B[1] / 2, 2);
             break;
         case S::SeqAtomic:
         case S::SeqExt:
-            (void)Sequence(op, f, t, line);
+            Sequence(op, f, t, o);
             break;
         case S::Illegal:
             return kIllegalInstruction;
     }
-    (void)T;
-    if (line.bad) return kIllegalOperand;
-    return line.text;
+    if (o.bad) return kIllegalOperand;
+    return std::move(o.text);
 }
 
 std::string DisassembleAt(ProgramState& st, int32_t address) {
-    return Disassemble(st, st.instructions, address,
-                       [&st](int32_t a) { return ReadDumpByte(st.dump, a); });
+    const auto read = [&st](int32_t a) { return ReadDumpByte(st.dump, a); };
+    return Disassemble(st, st.instructions, address, read);
 }
 
 }  // namespace vortelm::disasm

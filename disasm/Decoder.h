@@ -7,9 +7,9 @@
 // and never reaches the target.
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "core/InstructionTable.h"
 
@@ -19,8 +19,23 @@ struct ProgramState;
 
 namespace vortelm::disasm {
 
-// The byte at an address.
-using ByteSource = std::function<uint8_t(int32_t)>;
+// The byte at an address: a light reference to any callable that gives it
+// (the callable must outlive the call it is passed to).
+class ByteSource {
+  public:
+    template <class F>
+    requires std::is_invocable_r_v<uint8_t, const F&, int32_t> &&
+        (!std::is_same_v<std::remove_cvref_t<F>, ByteSource>)
+            ByteSource(const F& f)  // NOLINT: taken implicitly, like a function reference
+        : object_(&f), call_([](const void* o, int32_t a) -> uint8_t {
+              return (*static_cast<const F*>(o))(a);
+          }) {}
+    uint8_t operator()(int32_t address) const { return call_(object_, address); }
+
+  private:
+    const void* object_;
+    uint8_t (*call_)(const void*, int32_t);
+};
 
 // Decodes the instruction at address with the table and counters given and
 // the register names of st. The three counters of the table change: each

@@ -17,9 +17,15 @@ ViewRow AssemblerViewRow(ProgramState& st, int32_t address) {
     const uint8_t first = ReadDumpByte(st.dump, address);
     const int16_t length = InstructionLength(st.instructions, first);
     const std::string text = DisassembleAt(st, address);
-    for (int i = 0; i < length; ++i) row.text += HexText(ReadDumpByte(st.dump, address + i), 2);
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    row.text.reserve(12 + text.size());
+    for (int i = 0; i < length; ++i) {
+        const uint8_t b = ReadDumpByte(st.dump, address + i);
+        row.text += kDigits[b >> 4];
+        row.text += kDigits[b & 15];
+    }
     for (int i = length; i < 4; ++i) row.text += "  ";
-    row.text += "  " + text;
+    row.text.append("  ").append(text);
     row.step = length;
     row.ends = IsIllegalText(text) || length == 0;
     return row;
