@@ -21,9 +21,10 @@
 #include "core/ProgramState.h"
 #include "disasm/CommandTable.h"
 #include "disasm/Decoder.h"
-#include "disasm/Listing.h"
 #include "image/Dump.h"
 #include "sfr/SfrTable.h"
+#include "shell/Disassembly.h"
+#include "shell/ViewListing.h"
 
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
@@ -147,16 +148,20 @@ long DecodeBytes(vortelm::ProgramState& st, const std::vector<uint8_t>& code) {
 
 long ViewRows(vortelm::ProgramState& st) {
     vortelm::disasm::ResetSequenceCounters(st.instructions);
+    // An illegal text ends a selection, as in _viewassembler; the listing
+    // goes on with a selection from two bytes behind it, to the end.
     long lines = 0;
-    size_t sum = 0;
-    for (int32_t a = kBase; a < kBase + static_cast<int32_t>(kSize);) {
-        const vortelm::disasm::ViewRow row = vortelm::disasm::AssemblerViewRow(st, a);
-        sum += row.text.size() + vortelm::HexText(a, 6).size();
-        ++lines;
-        // An illegal row would end a selection; the benchmark goes on.
-        a += row.ends ? 2 : row.step;
+    const int32_t end = kBase + static_cast<int32_t>(kSize) - 1;
+    for (int32_t from = kBase; from <= end;) {
+        st.selections.count = 1;
+        st.selections.start[0] = from;
+        st.selections.end[0] = end;
+        const auto rows = vortelm::shell::ListingRows(st, vortelm::shell::ListingMode::Assembler,
+                                                      vortelm::shell::InstructionDecoder());
+        lines += static_cast<long>(rows.size()) - 1;
+        if (rows.size() < 2) break;
+        from = vortelm::HexValue(std::string_view(rows[rows.size() - 2]).substr(0, 6)) + 2;
     }
-    if (sum == 0) std::puts("");
     return lines;
 }
 

@@ -1,21 +1,29 @@
-// Rows of the view group that list the selections on the terminal.
+// _viewassembler: the selections as assembler text on the terminal, through
+// the listing routine of the view rows with the instruction decoder.
 
 #include "core/Helpers.h"
 #include "core/ProgramState.h"
 #include "core/Text.h"
 #include "disasm/Decoder.h"
-#include "disasm/Listing.h"
+#include "image/Dump.h"
+#include "shell/Disassembly.h"
 #include "shell/Rows.h"
+#include "shell/ViewListing.h"
 
 namespace vortelm::shell {
 
+DecodeAt InstructionDecoder() {
+    return [](ProgramState& st, int32_t address) {
+        DecodedInstruction d;
+        d.text = disasm::DisassembleAt(st, address);
+        d.byteLength = disasm::InstructionLength(st.instructions, ReadDumpByte(st.dump, address));
+        return d;
+    };
+}
+
 namespace {
 
-// The separator behind each selection of the shell's listings.
-const std::string kSeparator(39, '*');
-
-// _viewassembler: each selection from its start, one instruction a row,
-// the sequence counters zeroed before the listing.
+// The sequence counters start at 0 for each listing.
 RowResult ViewAssembler(Session& s) {
     ProgramState& st = s.st;
     if (!st.instructions.loaded) {
@@ -23,17 +31,7 @@ RowResult ViewAssembler(Session& s) {
         return {0, true};
     }
     disasm::ResetSequenceCounters(st.instructions);
-    const SelectionList& sel = st.selections;
-    for (int i = 0; i < sel.count; ++i) {
-        const int32_t end = sel.end[static_cast<size_t>(i)];
-        for (int32_t address = sel.start[static_cast<size_t>(i)]; address <= end;) {
-            const disasm::ViewRow row = disasm::AssemblerViewRow(st, address);
-            Text2Buffer(st, HexText(address, 6) + ": " + row.text + CrLf());
-            if (row.ends) break;
-            address += row.step;
-        }
-        Text2Buffer(st, kSeparator + CrLf());
-    }
+    ShowListing(st, ListingMode::Assembler, InstructionDecoder());
     return {};
 }
 

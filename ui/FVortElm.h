@@ -39,6 +39,10 @@ namespace vortelm::ui {
 class FDisassemble;
 class HexCell;
 class TerminalView;
+class FAbout;
+class FFrontendSettings;
+class FPrint;
+class FView;
 
 class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     Q_OBJECT
@@ -91,6 +95,11 @@ public:
     // The debug window (BDebug, UViewDisassemble), made on first use.
     void showDisassembly();
     [[nodiscard]] FDisassemble* disassembleWindow() const { return disassemble_.get(); }
+    // The view, print, front-end settings and about forms (FVortElm_Forms.cpp).
+    void showView(int mode);
+    void showPrint();
+    void showFrontendSettings();
+    void showAbout();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -137,6 +146,10 @@ private:
     QProgressBar* progressBar_ = nullptr;
     bool closing_ = false;
     std::unique_ptr<FDisassemble> disassemble_;
+    FView* view_ = nullptr;
+    FPrint* print_ = nullptr;
+    FFrontendSettings* frontendSettings_ = nullptr;
+    FAbout* about_ = nullptr;
 };
 
 }  // namespace vortelm::ui

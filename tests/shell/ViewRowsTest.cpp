@@ -52,10 +52,10 @@ TEST_F(ViewRows, ListsEachSelectionWithBytesAndSeparator) {
     AddSelection(st.selections, 0x1000, 0x1009);
     EXPECT_EQ(Run("_viewassembler"),
               ">_viewassembler\r\n"
-              "001000: E6F03412  MOV     R0,#1234h\r\n"
-              "001004: F2F112FF  MOV     R1,SYSCON\r\n"
-              "001008: CC00      NOP     \r\n"
-              "***************************************\r\n");
+              "\r\n001000: E6F03412  MOV     R0,#1234h"
+              "\r\n001004: F2F112FF  MOV     R1,SYSCON"
+              "\r\n001008: CC00      NOP     "
+              "\r\n***************************************");
     EXPECT_EQ(result, 0);
 }
 
@@ -65,11 +65,11 @@ TEST_F(ViewRows, UndefinedBytesShowPointsTwoBytesAtATime) {
     AddSelection(st.selections, 0x1000, 0x1007);
     EXPECT_EQ(Run("_viewassembler"),
               ">_viewassembler\r\n"
-              "001000: CC00      NOP     \r\n"
-              "001002: ....\r\n"
-              "001004: ....\r\n"
-              "001006: ....\r\n"
-              "***************************************\r\n");
+              "\r\n001000: CC00      NOP     "
+              "\r\n001002: ...."
+              "\r\n001004: ...."
+              "\r\n001006: ...."
+              "\r\n***************************************");
 }
 
 TEST_F(ViewRows, AnOddStartIsKeptAndAnIllegalTextEndsTheSelection) {
@@ -79,11 +79,11 @@ TEST_F(ViewRows, AnOddStartIsKeptAndAnIllegalTextEndsTheSelection) {
     Put(0x2000, {0xCB, 0x00});
     EXPECT_EQ(Run("_viewassembler"),
               ">_viewassembler\r\n"
-              "001001: CC00      NOP     \r\n"
-              "001003: F800      Illegal Instruction\r\n"
-              "***************************************\r\n"
-              "002000: CB00      RET     \r\n"
-              "***************************************\r\n");
+              "\r\n001001: CC00      NOP     "
+              "\r\n001003: F800      Illegal Instruction"
+              "\r\n***************************************"
+              "\r\n002000: CB00      RET     "
+              "\r\n***************************************");
 }
 
 TEST_F(ViewRows, SequenceCountersStartAtZero) {

@@ -70,14 +70,14 @@ class DisasmCli : public ::testing::Test {
 
 // The routine at FA00 in the default controller's RAM.
 const char* const kListing =
-    "00FA00: E6F03412  MOV     R0,#1234h\n"
-    "00FA04: F2F112FF  MOV     R1,SYSCON\n"
-    "00FA08: F6F010FF  MOV     PSW,R0\n"
-    "00FA0C: 0F88      BSET    N\n"
-    "00FA0E: D1A0      EXTR    #3\n"
-    "00FA10: CC00      NOP     \n"
-    "00FA12: CB00      RET     \n"
-    "***************************************\n";
+    "\n00FA00: E6F03412  MOV     R0,#1234h"
+    "\n00FA04: F2F112FF  MOV     R1,SYSCON"
+    "\n00FA08: F6F010FF  MOV     PSW,R0"
+    "\n00FA0C: 0F88      BSET    N"
+    "\n00FA0E: D1A0      EXTR    #3"
+    "\n00FA10: CC00      NOP     "
+    "\n00FA12: CB00      RET     "
+    "\n***************************************";
 
 TEST_F(DisasmCli, ViewAssemblerListsTheRoutineReadBackFromTheBoard) {
     std::ofstream(home / "r.hex") << Record(0xFA00, {0xE6, 0xF0, 0x34, 0x12, 0xF2, 0xF1, 0x12,
@@ -90,7 +90,7 @@ TEST_F(DisasmCli, ViewAssemblerListsTheRoutineReadBackFromTheBoard) {
         run("_connect NOPROMPT\n_load r.hex\n_download\n_clearmemory\n_viewassembler\n"
             "_upload\n_viewassembler\n");
     EXPECT_EQ(out.find("*ERROR"), std::string::npos) << out;
-    const size_t unread = out.find("00FA00: ....\n00FA02: ....\n");
+    const size_t unread = out.find("\n00FA00: ....\n00FA02: ....\n");
     ASSERT_NE(unread, std::string::npos) << out;
     EXPECT_NE(out.find(kListing, unread), std::string::npos) << out;
     EXPECT_EQ(status, 0);
@@ -100,12 +100,12 @@ TEST_F(DisasmCli, ListingEndsAtAnIllegalInstructionAndGoesOnWithTheNextSelection
     std::ofstream(home / "r.hex") << Record(0x100, {0xCC, 0x00, 0x3B, 0x00, 0xCC, 0x00, 0xCC, 0x00})
                                   << Record(0x200, {0xCB, 0x00, 0xCB, 0x00}) << ":00000001FF\n";
     const std::string out2 = run("_load r.hex\n_viewassembler\n");
-    EXPECT_NE(out2.find("000100: CC00      NOP     \n"
-                        "000102: 3B00      Illegal Instruction\n"
-                        "***************************************\n"
-                        "000200: CB00      RET     \n"
-                        "000202: CB00      RET     \n"
-                        "***************************************\n"),
+    EXPECT_NE(out2.find("\n000100: CC00      NOP     "
+                        "\n000102: 3B00      Illegal Instruction"
+                        "\n***************************************"
+                        "\n000200: CB00      RET     "
+                        "\n000202: CB00      RET     "
+                        "\n***************************************"),
               std::string::npos)
         << out2;
 }
