@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/SimOpener.h"
 #include "config/Startup.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -89,8 +90,9 @@ Figures Run(int32_t baud, int latencyMs, int32_t bytes) {
         link::ComPort port(st);
         // The board reads the clock as it is; only the host's own readings
         // tell a spin.
-        port.opener = [&st, &host](std::string_view text, const channel::LineSettings& ls) {
-            return link::OpenChannel(text, ls, st.TIMEOUT, st.MCTYPE, [&host] { return host.now; });
+        apps::AddSimOpener(port.openers);
+        port.opener = [&st, &host, &port](std::string_view text, const channel::LineSettings& ls) {
+            return port.openers.open(text, ls, st.TIMEOUT, st.MCTYPE, [&host] { return host.now; });
         };
         port.get_preferences();  // takes the settings text of BAUDRATE and opens
         if (!port.isOpen()) return f;

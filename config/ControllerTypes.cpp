@@ -1,5 +1,7 @@
 #include "config/ControllerTypes.h"
 
+#include <optional>
+
 #include "config/ConfigText.h"
 #include "core/Helpers.h"
 #include "core/ProgramState.h"
@@ -108,6 +110,22 @@ std::string DefaultKernelOfController(const ProgramState& st, std::string_view n
 
 namespace config {
 
+namespace {
+
+bool Has(const std::string& t, std::string_view key) {
+    return t.find(key) != std::string::npos;
+}
+
+// The number in parentheses right behind the key, if there is one.
+std::optional<int32_t> IndexAfter(const std::string& t, std::string_view key) {
+    const auto p = t.find(key);
+    const auto q = p + key.size();
+    if (q < t.size() && t[q] == '(') return Val(t.substr(q + 1));
+    return std::nullopt;
+}
+
+}  // namespace
+
 void MemoryUnitReader::openUnit(std::string name) {
     CheckBound(st_.memoryUnitCount + 1, kMemoryUnitBound, "memory unit");
     ++st_.memoryUnitCount;
@@ -120,6 +138,16 @@ void MemoryUnitReader::openUnit(std::string name) {
 }
 
 void MemoryUnitReader::line(std::string t) {
+    if (opensUnit(t)) return;
+    // Lines before the first unit have no record to go to.
+    if (st_.memoryUnitCount < 0) return;
+    MemoryUnit& u = st_.memoryUnits[st_.memoryUnitCount];
+    if (readUnitKey(u, t) || readSectionKey(u, t) || readDriverKey(u, t)) return;
+    (void)readStatusKey(u, t);
+}
+
+// A unit's first line: "[NAME]" in a .MEM file, NAME= in a preference file.
+bool MemoryUnitReader::opensUnit(const std::string& t) {
     if (form_ == Form::MemFile) {
         if (const auto open = t.find('['); open != std::string::npos) {
             const auto close = t.find(']');
@@ -129,63 +157,61 @@ void MemoryUnitReader::line(std::string t) {
             else if (close > open)
                 name = t.substr(open + 1, close - open - 1);
             openUnit(std::move(name));
-            return;
+            return true;
         }
     } else if (const auto p = t.find("NAME="); p != std::string::npos) {
         openUnit(t.substr(p + 5));
-        return;
+        return true;
     }
-    // Lines before the first unit have no record to go to.
-    if (st_.memoryUnitCount < 0) return;
-    MemoryUnit& u = st_.memoryUnits[st_.memoryUnitCount];
+    return false;
+}
 
-    auto has = [&t](std::string_view key) { return t.find(key) != std::string::npos; };
-    // The number in parentheses right behind the key, if there is one.
-    auto indexAfter = [&t](std::string_view key) -> std::optional<int32_t> {
-        const auto p = t.find(key);
-        const auto q = p + key.size();
-        if (q < t.size() && t[q] == '(') return Val(t.substr(q + 1));
-        return std::nullopt;
-    };
-
-    if (has("TYPE=")) {
+// TYPE=, ACTIVATED, ACTIVATEREGISTER, ACTIVATEMASK, BLANK, BURSTSIZE, ERASESIZE.
+bool MemoryUnitReader::readUnitKey(MemoryUnit& u, const std::string& t) const {
+    if (Has(t, "TYPE=")) {
         u.type = t.substr(t.find("TYPE=") + 5);
-        return;
+        return true;
     }
-    if (form_ == Form::Preferences && has("ACTIVATED")) {
+    if (form_ == Form::Preferences && Has(t, "ACTIVATED")) {
         u.activated = kTrue;
-        return;
+        return true;
     }
     for (const bool mask : {false, true}) {
         const char* key = mask ? "ACTIVATEMASK" : "ACTIVATEREGISTER";
-        if (!has(key)) continue;
-        const int32_t i = indexAfter(key).value_or(0);
+        if (!Has(t, key)) continue;
+        const int32_t i = IndexAfter(t, key).value_or(0);
         CheckBound(i, 5, "activate register");
         if (mask)
             u.activateMasks[i] = HexBehindEquals(t);
         else
             u.activateRegisters[i] = ValueOf(t);
         if (i >= u.activateCount) u.activateCount = static_cast<int16_t>(i + 1);
-        return;
+        return true;
     }
-    if (has("BLANK")) {
+    if (Has(t, "BLANK")) {
         u.blank = static_cast<uint8_t>(HexBehindEquals(t));
-        return;
+        return true;
     }
-    if (has("BURSTSIZE")) {
+    if (Has(t, "BURSTSIZE")) {
         u.burstSize = static_cast<int16_t>(HexBehindEquals(t));
-        return;
+        return true;
     }
-    if (has("ERASESIZE")) {
+    if (Has(t, "ERASESIZE")) {
         u.eraseSize = HexBehindEquals(t);
-        return;
+        return true;
     }
+    return false;
+}
+
+// The keys of a section's ranges; a line that leaves out the section or range
+// index keeps the one before.
+bool MemoryUnitReader::readSectionKey(MemoryUnit& u, const std::string& t) {
     const bool prefs = form_ == Form::Preferences;
     for (const char* key :
          {"STARTADDRESS", "LENGTH", "MAPPED", "MAPADDRESS", "MAPMASK", "MAPREGISTER"}) {
         const std::string_view k = key;
         if (k == "MAPPED" && !prefs) continue;  // not a key of a .MEM file
-        if (!has(k)) continue;
+        if (!Has(t, k)) continue;
         const auto p = t.find(k);
         const auto eq = t.find('=');
         if (auto before = ParenthesisedText(std::string_view(t).substr(0, p)))
@@ -211,25 +237,30 @@ void MemoryUnitReader::line(std::string t) {
             r.mapRegister = ValueOf(t), r.mappingDefined = kTrue;
         if (section_ >= u.sectionCount) u.sectionCount = static_cast<int16_t>(section_ + 1);
         if (range_ >= s.rangeCount) s.rangeCount = static_cast<int16_t>(range_ + 1);
-        return;
+        return true;
     }
-    if (has("DRIVER.PATH")) {
-        u.driverPath = prefs ? UnquotePath(ValueOf(t)) : ValueOf(t);
-        return;
+    return false;
+}
+
+// DRIVER.PATH, DRIVER.BUFFERADDRESS, DRIVER.MODE, DRIVER.FEATURES.
+bool MemoryUnitReader::readDriverKey(MemoryUnit& u, const std::string& t) const {
+    if (Has(t, "DRIVER.PATH")) {
+        u.driverPath = form_ == Form::Preferences ? UnquotePath(ValueOf(t)) : ValueOf(t);
+        return true;
     }
-    if (has("DRIVER.BUFFERADDRESS")) {
+    if (Has(t, "DRIVER.BUFFERADDRESS")) {
         u.driverBufferAddress = HexBehindEquals(t);
-        return;
+        return true;
     }
-    if (has("DRIVER.MODE")) {
+    if (Has(t, "DRIVER.MODE")) {
         // Read as hexadecimal, whatever wrote it.
         u.driverMode = static_cast<int16_t>(HexValue(ValueOf(t)));
-        return;
+        return true;
     }
-    if (has("DRIVER.FEATURES")) {
+    if (Has(t, "DRIVER.FEATURES")) {
         u.featureCount = 0;
         const std::string v = ValueOf(t);
-        if (v.empty()) return;
+        if (v.empty()) return true;
         size_t start = 0;
         while (true) {
             const auto comma = v.find(',', start);
@@ -239,10 +270,15 @@ void MemoryUnitReader::line(std::string t) {
             if (comma == std::string::npos) break;
             start = comma + 1;
         }
-        return;
+        return true;
     }
-    if (has("STATUS")) {
-        const int32_t i = indexAfter("STATUS").value_or(0);
+    return false;
+}
+
+// STATUS(i)= and STATUS(i).BIT(j)=.
+bool MemoryUnitReader::readStatusKey(MemoryUnit& u, const std::string& t) const {
+    if (Has(t, "STATUS")) {
+        const int32_t i = IndexAfter(t, "STATUS").value_or(0);
         CheckBound(i, 20, "status register");
         StatusRegister& reg = u.statusRegisters[i];
         const auto bit = t.find("BIT", t.find("STATUS") + 6);
@@ -262,8 +298,9 @@ void MemoryUnitReader::line(std::string t) {
             reg.name = ValueOf(t);
             if (i >= u.statusRegisterCount) u.statusRegisterCount = static_cast<int16_t>(i + 1);
         }
-        return;
+        return true;
     }
+    return false;
 }
 
 void MemoryUnitReader::finish() {

@@ -8,6 +8,7 @@
 
 namespace vortelm {
 
+struct MemoryUnit;
 struct ProgramState;
 
 // Fills the controller table from "mctypes.dat" (the count is the number of
@@ -68,6 +69,12 @@ class MemoryUnitReader {
 
   private:
     void openUnit(std::string name);
+    // Each returns true when the line was its key.
+    bool opensUnit(const std::string& t);
+    bool readUnitKey(MemoryUnit& u, const std::string& t) const;
+    bool readSectionKey(MemoryUnit& u, const std::string& t);
+    bool readDriverKey(MemoryUnit& u, const std::string& t) const;
+    bool readStatusKey(MemoryUnit& u, const std::string& t) const;
     ProgramState& st_;
     Form form_;
     int32_t section_ = 0;  // indices carried over when a line leaves them out

@@ -1,5 +1,6 @@
 #include "config/Kernels.h"
 
+#include <algorithm>
 #include <string>
 
 #include "config/ConfigText.h"
@@ -143,9 +144,14 @@ void SelectDefaultKernel(ProgramState& st) {
 }
 
 bool HasFeature(const ProgramState& st, std::string_view feature, int index) {
-    const Kernel& k = st.kernels[ResolveKernelIndex(st, index)];
-    for (int i = 0; i < k.featureCount && i <= 63; ++i)
-        if (k.features[i].flag == kTrue && k.features[i].name == feature) return true;
+    const int i = index < 0 ? st.CurrentKernel : index;
+    if (i < 0 || i > kKernelBound) return false;
+    const Kernel& k = st.kernels[static_cast<size_t>(i)];
+    const int n = std::min<int>(k.featureCount, static_cast<int>(k.features.size()));
+    for (int f = 0; f < n; ++f)
+        if (k.features[static_cast<size_t>(f)].flag == kTrue &&
+            k.features[static_cast<size_t>(f)].name == feature)
+            return true;
     return false;
 }
 

@@ -31,8 +31,9 @@ void SelectKernelByName(ProgramState& st, std::string_view name);
 // or the family's default name for an unknown controller type.
 void SelectDefaultKernel(ProgramState& st);
 
-// True if the kernel lists the feature with its flag set; a negative index
-// means CurrentKernel.
+// The one feature test: true if the kernel lists the feature with its flag
+// set. A negative index means CurrentKernel; an index outside the table (no
+// kernel chosen yet) has no features.
 [[nodiscard]] bool HasFeature(const ProgramState& st, std::string_view feature, int index);
 // The four kernels the configuration dialog may not change or remove.
 [[nodiscard]] bool IsDefaultKernel(const ProgramState& st, int index);

@@ -417,23 +417,33 @@ void ReadPreferences(ProgramState& st, std::string_view path) {
         throw;
     }
     reader.finish();
-    st.host->refreshSfrView();
-    st.host->refreshFeatureButtons();
-    st.host->refreshStatus();
+    // New units and register sets: the register view is redrawn whatever
+    // REFRESHSFR says.
+    st.host->refreshAfterOperation(true);
 }
 
-std::string PreferencesText(const ProgramState& st) {
-    CheckBound(st.CurrentKernel, kKernelBound, "kernel");
-    std::string o;
-    auto add = [&o](const std::string& line) { o += line + "\n"; };
-    auto num = [](long long v) { return std::to_string(v); };
+namespace {
 
+// The preference file's lines as they are made: add(line) appends the line and
+// its line feed.
+struct Lines {
+    std::string text;
+    void operator()(const std::string& line) { text += line + "\n"; }
+};
+
+std::string num(long long v) {
+    return std::to_string(v);
+}
+
+void AddVortelmSection(Lines& add, const ProgramState& st) {
     add("[Vortelm]");
     add("IDLENGTH=" + num(st.IDLENGTH));
     add("KERNEL=" + st.kernels[st.CurrentKernel].name);
     add("TRANSFERBUFFERSTARTADDRESS=" + HexText(st.TRANSFERBUFFERSTARTADDRESS, 6));
     add("");
+}
 
+void AddCommunicationSection(Lines& add, const ProgramState& st) {
     add("[Communication]");
     add("PORT=COM" + num(st.PORT));
     add("BAUDRATE=" + num(st.BAUDRATE));
@@ -450,68 +460,77 @@ std::string PreferencesText(const ProgramState& st) {
     add("COMPORTS=" + num(st.COMPORTS));
     add("PORTNAME=" + QuotePath(st.PORTNAME));
     add("");
+}
 
+void AddControllerSection(Lines& add, const ProgramState& st) {
     add("[Controller]");
     add("MCTYPE=" + st.MCTYPE);
     add("CLK=" + num(st.CLK));
     add("");
     add("");
+}
 
+// One memory unit's keys, from NAME= on.
+void AddMemoryUnit(Lines& add, const MemoryUnit& m) {
+    add("NAME=" + m.name);
+    add("TYPE=" + m.type);
+    add("BLANK=0x" + HexText(m.blank, 2));
+    add("BURSTSIZE=0x" + HexText(m.burstSize, 4));
+    add("ERASESIZE=0x" + HexText(m.eraseSize, 4));
+    if (m.activated == kTrue) add("ACTIVATED");
+    for (int i = 0; i < m.activateCount && i <= 5; ++i) {
+        add("ACTIVATEREGISTER(" + num(i) + ")=" + m.activateRegisters[i]);
+        add("ACTIVATEMASK(" + num(i) + ")=0x" + HexText(m.activateMasks[i], 4));
+    }
+    for (int s = 0; s < m.sectionCount && s <= 128; ++s) {
+        const MemorySection& sec = m.sections[s];
+        for (int r = 0; r < sec.rangeCount && r <= 4; ++r) {
+            const SectionRange& range = sec.ranges[r];
+            const std::string at = "SECTION(" + num(s) + ").";
+            const std::string j = "(" + num(r) + ")";
+            add(at + "STARTADDRESS" + j + "=0x" + HexText(range.startAddress, 6));
+            add(at + "LENGTH" + j + "=0x" + HexText(range.length, 6));
+            if (range.mappingDefined == kTrue && range.mappedNow == kTrue) add(at + "MAPPED" + j);
+            if (range.mappingDefined == kTrue) {
+                add(at + "MAPADDRESS" + j + "=0x" + HexText(range.mapAddress, 6));
+                add(at + "MAPREGISTER" + j + "=" + range.mapRegister);
+                add(at + "MAPMASK" + j + "=0x" + HexText(range.mapMask, 4));
+            }
+        }
+    }
+    if (!m.driverPath.empty()) {
+        add("DRIVER.PATH=" + QuotePath(m.driverPath));
+        add("DRIVER.BUFFERADDRESS=" + HexText(m.driverBufferAddress, 6));
+        add("DRIVER.MODE=" + num(m.driverMode));
+    }
+    if (m.featureCount > 0) {
+        std::string f = "DRIVER.FEATURES=";
+        for (int i = 0; i < m.featureCount && i <= 20; ++i) f += (i ? "," : "") + m.features[i];
+        add(f);
+    }
+    for (int i = 0; i < m.statusRegisterCount && i <= 20; ++i) {
+        const StatusRegister& reg = m.statusRegisters[i];
+        if (!reg.name.empty()) add("STATUS(" + num(i) + ")=" + reg.name);
+        for (int b = 0; b <= 15; ++b) {
+            const StatusBit& bit = reg.bits[b];
+            if (bit.value <= 0) continue;
+            add("STATUS(" + num(i) + ").BIT(" + num(b) + ")=" + bit.text +
+                (bit.value > 1 ? "," + num(bit.value) : ""));
+        }
+    }
+}
+
+void AddMemorySection(Lines& add, const ProgramState& st) {
     add("[Memory]");
     add("");
     for (int u = 0; u < st.memoryUnitCount && u <= kMemoryUnitBound; ++u) {
-        const MemoryUnit& m = st.memoryUnits[u];
-        add("NAME=" + m.name);
-        add("TYPE=" + m.type);
-        add("BLANK=0x" + HexText(m.blank, 2));
-        add("BURSTSIZE=0x" + HexText(m.burstSize, 4));
-        add("ERASESIZE=0x" + HexText(m.eraseSize, 4));
-        if (m.activated == kTrue) add("ACTIVATED");
-        for (int i = 0; i < m.activateCount && i <= 5; ++i) {
-            add("ACTIVATEREGISTER(" + num(i) + ")=" + m.activateRegisters[i]);
-            add("ACTIVATEMASK(" + num(i) + ")=0x" + HexText(m.activateMasks[i], 4));
-        }
-        for (int s = 0; s < m.sectionCount && s <= 128; ++s) {
-            const MemorySection& sec = m.sections[s];
-            for (int r = 0; r < sec.rangeCount && r <= 4; ++r) {
-                const SectionRange& range = sec.ranges[r];
-                const std::string at = "SECTION(" + num(s) + ").";
-                const std::string j = "(" + num(r) + ")";
-                add(at + "STARTADDRESS" + j + "=0x" + HexText(range.startAddress, 6));
-                add(at + "LENGTH" + j + "=0x" + HexText(range.length, 6));
-                if (range.mappingDefined == kTrue && range.mappedNow == kTrue)
-                    add(at + "MAPPED" + j);
-                if (range.mappingDefined == kTrue) {
-                    add(at + "MAPADDRESS" + j + "=0x" + HexText(range.mapAddress, 6));
-                    add(at + "MAPREGISTER" + j + "=" + range.mapRegister);
-                    add(at + "MAPMASK" + j + "=0x" + HexText(range.mapMask, 4));
-                }
-            }
-        }
-        if (!m.driverPath.empty()) {
-            add("DRIVER.PATH=" + QuotePath(m.driverPath));
-            add("DRIVER.BUFFERADDRESS=" + HexText(m.driverBufferAddress, 6));
-            add("DRIVER.MODE=" + num(m.driverMode));
-        }
-        if (m.featureCount > 0) {
-            std::string f = "DRIVER.FEATURES=";
-            for (int i = 0; i < m.featureCount && i <= 20; ++i) f += (i ? "," : "") + m.features[i];
-            add(f);
-        }
-        for (int i = 0; i < m.statusRegisterCount && i <= 20; ++i) {
-            const StatusRegister& reg = m.statusRegisters[i];
-            if (!reg.name.empty()) add("STATUS(" + num(i) + ")=" + reg.name);
-            for (int b = 0; b <= 15; ++b) {
-                const StatusBit& bit = reg.bits[b];
-                if (bit.value <= 0) continue;
-                add("STATUS(" + num(i) + ").BIT(" + num(b) + ")=" + bit.text +
-                    (bit.value > 1 ? "," + num(bit.value) : ""));
-            }
-        }
+        AddMemoryUnit(add, st.memoryUnits[u]);
         add("");
     }
     add("");
+}
 
+void AddRegisterSection(Lines& add, const ProgramState& st) {
     add("[Register]");
     add("");
     for (int i = 0; i < st.initRegisterCount && i <= kInitRegisterBound; ++i) {
@@ -521,13 +540,17 @@ std::string PreferencesText(const ProgramState& st) {
         add(l);
     }
     add("");
+}
 
+void AddCommandsSection(Lines& add, const ProgramState& st) {
     add("[Commands]");
     add("");
     if (st.EINIT == 1) add("EINIT");
     add("");
     add("");
+}
 
+void AddFilesSection(Lines& add, const ProgramState& st) {
     add("[Files]");
     add("SAVEFILE=" + MemoPath(st.saveFile));
     add("SAVEFORMAT=" + num(st.SAVEFORMAT));
@@ -559,7 +582,9 @@ std::string PreferencesText(const ProgramState& st) {
     add("PATH_SCRIPT=" + QuotePath(st.PATH_SCRIPT));
     add("PATH_LOG=" + QuotePath(st.PATH_LOG));
     add("");
+}
 
+void AddMessagesSection(Lines& add, const ProgramState& st) {
     add("[Messages]");
     add("");
     for (size_t i = 0; i < kCodeKeys.size(); ++i) {
@@ -568,7 +593,9 @@ std::string PreferencesText(const ProgramState& st) {
     }
     add("");
     add("");
+}
 
+void AddFrontendSection(Lines& add, const ProgramState& st) {
     add("[Frontend]");
     add("");
     add("BLANK_CHAR=" + st.BLANK_CHAR);
@@ -587,7 +614,23 @@ std::string PreferencesText(const ProgramState& st) {
         for (int j = 0; j < st.sfrSets[n].count && j < 256; ++j)
             add("DISPLAY(" + num(n) + ")=" + st.sfrSets[n].names[j]);
     add("");
-    return o;
+}
+
+}  // namespace
+
+std::string PreferencesText(const ProgramState& st) {
+    CheckBound(st.CurrentKernel, kKernelBound, "kernel");
+    Lines add;
+    AddVortelmSection(add, st);
+    AddCommunicationSection(add, st);
+    AddControllerSection(add, st);
+    AddMemorySection(add, st);
+    AddRegisterSection(add, st);
+    AddCommandsSection(add, st);
+    AddFilesSection(add, st);
+    AddMessagesSection(add, st);
+    AddFrontendSection(add, st);
+    return add.text;
 }
 
 bool WritePreferences(const ProgramState& st, std::string_view path) {

@@ -26,7 +26,7 @@ void Step(ProgramState& st, Fn&& fn) {
 
 void ResetConfigurationTables(ProgramState& st) {
     st.initRegisterCount = 0;
-    st.ConnectionState = 0;
+    st.ConnectionState = kNotConnected;
     st.memoryUnitCount = 0;
     st.sfrCount = 0;
     st.IdRegisterAddresses = {0xF07E, 0xF07C, 0xF07A, 0xF078, 0xF076, 0xF070};

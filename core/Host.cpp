@@ -8,6 +8,8 @@
 #include <map>
 #include <random>
 
+#include "core/ProgramState.h"
+
 namespace vortelm {
 
 namespace {
@@ -153,6 +155,16 @@ void Host::refreshFeatureButtons() {}
 void Host::refreshMemory() {}
 void Host::gotoPage(int32_t) {}
 void Host::refreshSfrView() {}
+void Host::refreshAfterOperation(bool sfrView) {
+    refreshMemory();
+    if (sfrView) refreshSfrView();
+    refreshStatus();
+    refreshFeatureButtons();
+}
 void Host::progress(int64_t, int64_t) {}
+
+void RefreshAfterOperation(ProgramState& st) {
+    st.host->refreshAfterOperation(st.REFRESHSFR != 0);
+}
 
 }  // namespace vortelm

@@ -15,6 +15,8 @@
 
 namespace vortelm {
 
+struct ProgramState;
+
 enum class MsgButtons { Ok, OkCancel, YesNo, YesNoCancel };
 enum class MsgIcon { None, Information, Exclamation, Question, Stop };
 enum class MsgAnswer { Ok, Cancel, Yes, No };
@@ -87,6 +89,11 @@ public:
     virtual void refreshMemory();
     virtual void gotoPage(int32_t address);
     virtual void refreshSfrView();
+    // After an operation that changed the target or the configuration: the
+    // memory page, the register view (when sfrView), the status and the
+    // feature buttons, in that order. A front end that redraws them at once
+    // overrides this one call; the logic calls RefreshAfterOperation.
+    virtual void refreshAfterOperation(bool sfrView);
     // Progress of a long operation: value of maximum; maximum 0 hides it.
     virtual void progress(int64_t value, int64_t maximum);
     // ScaleForms: every window grows or shrinks by the factors (relative to
@@ -100,5 +107,9 @@ private:
     struct Loop;  // sources, timers and the random generator of the default loop
     std::unique_ptr<Loop> loop_;
 };
+
+// The one refresh after an operation: everything the operator sees, with
+// the register view when REFRESHSFR is on.
+void RefreshAfterOperation(ProgramState& st);
 
 }  // namespace vortelm

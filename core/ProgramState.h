@@ -36,7 +36,7 @@ struct ProgramState {
     std::string programFolder;
 
     // ---- run-time state
-    int16_t ConnectionState = 0;
+    Connection ConnectionState = kNotConnected;
     int16_t ControllerFamily = 0;
     int32_t KernelStartAddress = 0;
     int32_t KernelEndAddress = 0;

@@ -15,6 +15,21 @@ constexpr int16_t kTrue = -1;
 constexpr int16_t kFalse = 0;
 [[nodiscard]] constexpr int16_t Flag(bool b) { return b ? kTrue : kFalse; }
 
+// ---- connection ------------------------------------------------------------
+
+// The connection state, a 16-bit value as the status bar and the scripts see
+// it. It stays comparable with its numbers; a state is set by its name.
+enum Connection : int16_t {
+    kNotConnected = 0,           // no monitor
+    kConnectedAndReady = 1,      // the monitor waits for commands
+    kUserProgramRunning = 2,     // a user program runs
+    kDebugging = 3,              // debugger: the program runs
+    kStepMode = 4,               // a step runs
+    kDebuggingToBreakpoint = 5,  // debugger: run to a breakpoint
+    kStepModeToBreakpoint = 6,   // a step that returns to a breakpoint
+    kDriverRunning = 7,          // a driver or routine called on the target runs
+};
+
 // ---- controller types and memory units -----------------------------------
 
 struct ControllerType {

@@ -179,7 +179,7 @@ void FDisassemble::RemoveBreakpoint(int32_t address) {
 // ---- go and step
 
 void FDisassemble::IBreakpoints_Click(int row) {
-    if (st_.ConnectionState != 1) return;
+    if (st_.ConnectionState != kConnectedAndReady) return;
     guarded([this, row]() {
         CheckBound(row, static_cast<long long>(IDisassemble.size()) - 1, "code row");
         const std::string& text = IDisassemble[static_cast<size_t>(row)];
@@ -197,15 +197,15 @@ void FDisassemble::IBreakpoints_Click(int row) {
 }
 
 void FDisassemble::BStep_Click() {
-    if (st_.ConnectionState != 1) return;
+    if (st_.ConnectionState != kConnectedAndReady) return;
     guarded([this]() {
         const int32_t next = getnextposition();
         SetBreakpoint(next);  // the temporary one, always the last record
         if (const int i = FindBreakpoint(DebugPC); i >= 0 && i != breakpointCount - 1) {
             RestoreBreakpoint(i);
-            st_.ConnectionState = 6;
+            st_.ConnectionState = kStepModeToBreakpoint;
         } else {
-            st_.ConnectionState = 4;
+            st_.ConnectionState = kStepMode;
         }
         st_.host->refreshStatus();
         jump(DebugPC);
@@ -213,14 +213,14 @@ void FDisassemble::BStep_Click() {
 }
 
 void FDisassemble::BGo_Click() {
-    if (st_.ConnectionState != 1) return;
+    if (st_.ConnectionState != kConnectedAndReady) return;
     guarded([this]() {
         if (const int i = FindBreakpoint(DebugPC); i >= 0) {
             RestoreBreakpoint(i);
             SetBreakpoint(getnextposition());
-            st_.ConnectionState = 5;
+            st_.ConnectionState = kDebuggingToBreakpoint;
         } else {
-            st_.ConnectionState = 3;
+            st_.ConnectionState = kDebugging;
         }
         st_.host->refreshStatus();
         jump(DebugPC);
@@ -234,7 +234,7 @@ void FDisassemble::IDisassemble_DblClick(int row) {
         const int32_t address =
             HexValue(std::string_view(IDisassemble[static_cast<size_t>(row)]).substr(0, 6));
         jump(address);
-        st_.ConnectionState = 2;
+        st_.ConnectionState = kUserProgramRunning;
         st_.host->refreshStatus();
     });
 }
@@ -263,12 +263,12 @@ void FDisassemble::TargetReturned() {
             DebugPC = address;
             RefreshDisassembler();
             if (st_.REFRESHSFR == kTrue) st_.host->refreshSfrView();
-            st_.ConnectionState = 1;
+            st_.ConnectionState = kConnectedAndReady;
             st_.host->refreshStatus();
         } else {
             PatchBreakpoint(FindBreakpoint(DebugPC));
             RemoveBreakpoint(address);
-            st_.ConnectionState = 3;
+            st_.ConnectionState = kDebugging;
             st_.host->refreshStatus();
             jump(address);
         }

@@ -139,10 +139,8 @@ int32_t LoadBinaryCommand(ProgramState& st, std::string_view name, int32_t addre
 }
 
 int32_t SaveBinaryCommand(ProgramState& st, std::string_view name, int32_t fillValue) {
-    BusyScope busy(st);
-    WriteBinarySelections(st, name, fillValue);
-    Text2Buffer(st, "\r\n*Save Binary: selection written to binary file");
-    return 0;
+    return SaveCommand(st, "*Save Binary: selection written to binary file",
+                       [&] { WriteBinarySelections(st, name, fillValue); });
 }
 
 }  // namespace vortelm

@@ -117,14 +117,6 @@ inline void HexBytes(const char* p, uint8_t* out, size_t n) {
     }
 }
 
-// The byte of two hexadecimal characters; 0xFF (the low byte of HexValue's
-// -1) when either is no digit.
-[[nodiscard]] inline uint8_t HexPair(const char* p) {
-    const int hi = kHexDigits.v[static_cast<unsigned char>(p[0])];
-    const int lo = kHexDigits.v[static_cast<unsigned char>(p[1])];
-    return (hi | lo) < 0 ? uint8_t{0xFF} : static_cast<uint8_t>(hi * 16 + lo);
-}
-
 // Appends the value as upper-case hexadecimal, at least `width` digits.
 inline void AppendHex(std::string& out, uint32_t value, int width) {
     static constexpr char digits[] = "0123456789ABCDEF";

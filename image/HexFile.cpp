@@ -199,10 +199,8 @@ int32_t LoadHexCommand(ProgramState& st, std::string_view name) {
 
 int32_t SaveHexCommand(ProgramState& st, std::string_view name, int32_t recordSize,
                        int16_t format) {
-    BusyScope busy(st);
-    WriteHexSelections(st, name, recordSize, format);
-    Text2Buffer(st, "\r\n*SaveAs: selection written to file");
-    return 0;
+    return SaveCommand(st, "*SaveAs: selection written to file",
+                       [&] { WriteHexSelections(st, name, recordSize, format); });
 }
 
 }  // namespace vortelm

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "core/BusyScope.h"
 #include "core/Helpers.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -16,18 +17,6 @@
 #include "image/Selections.h"
 
 namespace vortelm {
-
-// The hourglass for the length of a command, also when it ends by an error.
-class BusyScope {
-  public:
-    explicit BusyScope(ProgramState& st) : st_(st) { st_.host->setBusy(true); }
-    ~BusyScope() { st_.host->setBusy(false); }
-    BusyScope(const BusyScope&) = delete;
-    BusyScope& operator=(const BusyScope&) = delete;
-
-  private:
-    ProgramState& st_;
-};
 
 // The file of a resolved program name, or the run-time error of an open
 // that fails.
@@ -93,6 +82,15 @@ int32_t LoadCommand(ProgramState& st, std::string_view name, std::string_view pr
                         std::to_string(SelectedByteCount(st.selections)) + " bytes loaded");
     st.host->gotoPage(LowestSelectedAddress(st.selections) / 16);
     st.host->refreshMemory();
+    return 0;
+}
+
+// The common frame of the save commands: hourglass, the writer, the report.
+template <class Write>
+int32_t SaveCommand(ProgramState& st, std::string_view report, Write&& write) {
+    BusyScope busy(st);
+    write();
+    Text2Buffer(st, "\r\n" + std::string(report));
     return 0;
 }
 

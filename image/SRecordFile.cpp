@@ -183,10 +183,8 @@ int32_t LoadSRecordCommand(ProgramState& st, std::string_view name) {
 
 int32_t SaveSRecordCommand(ProgramState& st, std::string_view name, int32_t recordSize,
                            int16_t format) {
-    BusyScope busy(st);
-    WriteSRecordSelections(st, name, recordSize, format);
-    Text2Buffer(st, "\r\n*SaveAs: selection written to file");
-    return 0;
+    return SaveCommand(st, "*SaveAs: selection written to file",
+                       [&] { WriteSRecordSelections(st, name, recordSize, format); });
 }
 
 }  // namespace vortelm

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/Host.h"
 #include "core/RunTimeError.h"
@@ -23,50 +24,23 @@ const Kernel& Boot::kernel() const {
     return st_.kernels[static_cast<size_t>(st_.CurrentKernel)];
 }
 
-void Boot::readImage(const std::string& name) {
-    st_.selections.count = 0;
-    if (!reader_) return;
-    try {
-        reader_(st_, ResolveInProgramFolder(st_, name));
-    } catch (const RunTimeError& e) {
-        // The reader's own report; the sequence goes on with an empty image.
-        Text2Buffer(st_, std::string("\r\n*ERROR: ") + e.what());
-        st_.selections.count = 0;
-    }
-}
-
-std::vector<uint8_t> Boot::flatten() {
-    // The plain concatenation of the selections; gaps between them are not filled.
-    const auto& sel = st_.selections;
-    int64_t length = 0;
-    for (int i = 0; i < sel.count; ++i) length += int64_t{sel.end[i]} - sel.start[i] + 1;
-    std::vector<uint8_t> image;
-    image.reserve(static_cast<size_t>(std::max<int64_t>(length, 0)));
-    for (int i = 0; i < sel.count; ++i)
-        for (int32_t a = sel.start[i]; a <= sel.end[i]; ++a) {
-            image.push_back(dumpio::Read(st_.dump, a));
-            dumpio::SetMark(st_.dump, a, dumpio::kValid, true);
-        }
-    return image;
-}
-
 void Boot::Loader_pre() {
     port_.setReceiveThreshold(0);
-    readImage(kernel().loaderPath);
-    if (KernelHasFeature(st_, "RELOCATABLE") && kernel().patchStartAddress >= 1) PatchLoader();
+    LoadImageFile(st_, kernel().loaderPath, reader_);
+    if (HasFeature(st_, "RELOCATABLE", -1) && kernel().patchStartAddress >= 1) PatchLoader();
     Text2Buffer(st_, "*Loader file Prepare\r\n");
-    LoaderImage = flatten();
+    LoaderImage = FlattenSelections(st_);
     LoaderLength = static_cast<int32_t>(LoaderImage.size());
     port_.setReceiveThreshold(1);
 }
 
 void Boot::Vortelm_pre() {
     port_.setReceiveThreshold(0);
-    readImage(kernel().monitorPath);
+    LoadImageFile(st_, kernel().monitorPath, reader_);
     Text2Buffer(st_, "*Vortelm file Prepare\r\n");
-    CoreImage = flatten();
+    CoreImage = FlattenSelections(st_);
     CoreLength = static_cast<int32_t>(CoreImage.size());
-    if (KernelHasFeature(st_, "RELOCATABLE") && kernel().patchStartAddress >= 1) PatchVortelm();
+    if (HasFeature(st_, "RELOCATABLE", -1) && kernel().patchStartAddress >= 1) PatchVortelm();
     port_.setReceiveThreshold(1);
 }
 
@@ -125,7 +99,7 @@ void Boot::PatchVortelm() {
 }
 
 int Boot::Initiate(int prompt) {
-    st_.ConnectionState = 0;
+    st_.ConnectionState = kNotConnected;
     port_.ComSemaphore = 0;
     port_.setReceiveThreshold(0);
     if (prompt == 1 && st_.host->messageBox("Please reset your Hardware NOW !", MsgButtons::OkCancel,

@@ -11,15 +11,15 @@
 #include <vector>
 
 #include "core/ProgramState.h"
+#include "image/ImageLoad.h"
 
 namespace vortelm::link {
 
 class ComPort;
 
-// Reads an Intel HEX file into dump memory: clears the selection list and
-// leaves one selection for each contiguous run of addresses, reporting its
-// own errors. The image layer provides it; the program passes it in.
-using HexFileReader = std::function<void(ProgramState& st, const std::string& path)>;
+// Reads an Intel HEX file into dump memory (see image/ImageLoad.h); the
+// program passes it in.
+using HexFileReader = ImageFileReader;
 
 class Boot {
 public:
@@ -48,13 +48,11 @@ public:
     ComPort& port() { return port_; }
 
 private:
-    [[nodiscard]] const Kernel& kernel() const;
-    void readImage(const std::string& name);
-    [[nodiscard]] std::vector<uint8_t> flatten();
+  [[nodiscard]] const Kernel& kernel() const;
 
-    ProgramState& st_;
-    ComPort& port_;
-    HexFileReader reader_;
+  ProgramState& st_;
+  ComPort& port_;
+  HexFileReader reader_;
 };
 
 }  // namespace vortelm::link

@@ -139,8 +139,8 @@ struct ComPort::Impl {
 ComPort::ComPort(ProgramState& st) : impl_(std::make_unique<Impl>(st)) {
     opener = [this](std::string_view text, const channel::LineSettings& ls) {
         Host* host = impl_->st.host;
-        return OpenChannel(text, ls, impl_->st.TIMEOUT, impl_->st.MCTYPE,
-                           [host] { return host->nowUs(); });
+        return openers.open(text, ls, impl_->st.TIMEOUT, impl_->st.MCTYPE,
+                            [host] { return host->nowUs(); });
     };
     impl_->st.host->addSource(*this);
 }
@@ -267,7 +267,6 @@ void ComPort::setSettingsText(std::string_view text) {
 void ComPort::get_preferences() {
     auto& m = *impl_;
     if (isOpen()) close();
-    ShowSettings(m.st, form);
     setSettingsText(CSettings());
     setReceiveThreshold(0);
     m.inputLength = 1;
@@ -499,13 +498,13 @@ void ComPort::dispatch() {
     auto& st = m.st;
     const uint8_t b = m.in.front();
     m.in.pop_front();
-    if (b == st.codes.A_ACK2 && st.ConnectionState == 2) {
+    if (b == st.codes.A_ACK2 && st.ConnectionState == kUserProgramRunning) {
         // A started user program has come back to the monitor.
-        st.ConnectionState = 1;
+        st.ConnectionState = kConnectedAndReady;
         st.host->refreshStatus();
         Text2Buffer(st, "\r\n*Call: Successful returned to monitor\r\n");
         clearInput();
-    } else if (b == st.codes.A_APPLICATION_STARTED && st.ConnectionState > 2) {
+    } else if (b == st.codes.A_APPLICATION_STARTED && st.ConnectionState > kUserProgramRunning) {
         // The target stopped at a breakpoint or after a step.
         m.threshold = 0;
         if (onDebuggerReturn) onDebuggerReturn();

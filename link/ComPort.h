@@ -17,7 +17,6 @@
 
 #include "core/Host.h"
 #include "link/ByteChannel.h"
-#include "link/ComSettings.h"
 #include "link/Ports.h"
 
 namespace vortelm {
@@ -42,9 +41,11 @@ public:
     // Puts a channel in place of opening one (tests, and the sim: opener).
     void attach(std::unique_ptr<channel::ByteChannel> ch);
     [[nodiscard]] channel::ByteChannel* channel() const;
+    // The table of openers by prefix; the program adds what it links (the
+    // in-process board) before the first open.
+    ChannelOpeners openers;
     // How a port text is opened; tests put their own in place. The default
-    // is OpenChannel (link/Ports.h) with the time-out setting, MCTYPE and
-    // the host's clock.
+    // asks the table with the time-out setting, MCTYPE and the host's clock.
     std::function<OpenResult(std::string_view portText, const channel::LineSettings&)> opener;
 
     // ---- the port list
@@ -59,8 +60,8 @@ public:
     [[nodiscard]] ProgramState& state() const;
 
     // ---- settings
-    // The settings dialog's controls; get_preferences fills them.
-    ComSettingsForm form;
+    // The settings text of the stored settings; get_preferences takes it
+    // and reopens the port (the settings dialog reads them when drawn).
     [[nodiscard]] std::string CSettings() const;
     [[nodiscard]] std::string GetComState() const;
     void get_preferences();

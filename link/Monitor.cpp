@@ -2,37 +2,14 @@
 
 #include <vector>
 
+#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "link/ComPort.h"
 #include "link/DumpIo.h"
+#include "sfr/SfrTable.h"
 
 namespace vortelm::link {
-
-namespace {
-
-// Index of the register of that name in the register table, or -1.
-int32_t SfrIndex(const ProgramState& st, std::string_view name) {
-    const std::string wanted = UpperCase(name);
-    const int32_t n = std::min<int32_t>(st.sfrCount, static_cast<int32_t>(st.sfrTable.size()));
-    for (int32_t i = 0; i < n; ++i)
-        if (UpperCase(st.sfrTable[static_cast<size_t>(i)].name) == wanted) return i;
-    return -1;
-}
-
-}  // namespace
-
-bool KernelHasFeature(const ProgramState& st, std::string_view feature) {
-    if (st.CurrentKernel < 0 || st.CurrentKernel > kKernelBound) return false;
-    const Kernel& k = st.kernels[static_cast<size_t>(st.CurrentKernel)];
-    const std::string wanted = UpperCase(feature);
-    const int n = std::min<int>(k.featureCount, static_cast<int>(k.features.size()));
-    for (int i = 0; i < n; ++i)
-        if (k.features[static_cast<size_t>(i)].flag == kTrue &&
-            UpperCase(k.features[static_cast<size_t>(i)].name) == wanted)
-            return true;
-    return false;
-}
 
 void Monitor::begin() {
     port_.Cmd_P();
@@ -341,11 +318,11 @@ int32_t Monitor::readWordVia(int32_t address) {
 }
 
 int32_t Monitor::cmd_readsfr(std::string_view name) {
-    const int32_t i = SfrIndex(st_, name);
+    const int32_t i = SfrIndexByName(st_, name);
     if (i < 0) return -1;
-    if (st_.ConnectionState != 1) return -2;
+    if (st_.ConnectionState != kConnectedAndReady) return -2;
     const int32_t address = st_.sfrTable[static_cast<size_t>(i)].address;
-    if (KernelHasFeature(st_, "READWORD")) {
+    if (HasFeature(st_, "READWORD", -1)) {
         (void)Cmd_ReadWord(address);
     } else {
         (void)Cmd_Read(address, 1);
@@ -355,14 +332,14 @@ int32_t Monitor::cmd_readsfr(std::string_view name) {
 }
 
 int32_t Monitor::cmd_readgpr(int32_t number) {
-    const int32_t cp = SfrIndex(st_, "CP");
+    const int32_t cp = SfrIndexByName(st_, "CP");
     if (cp < 0) return -1;
     const int32_t cpValue = readWordVia(st_.sfrTable[static_cast<size_t>(cp)].address);
     return readWordVia(cpValue + 2 * number);
 }
 
 int32_t Monitor::cmd_pop(bool changeStackpointer) {
-    const int32_t sp = SfrIndex(st_, "SP");
+    const int32_t sp = SfrIndexByName(st_, "SP");
     if (sp < 0) return -1;
     const int32_t spAddress = st_.sfrTable[static_cast<size_t>(sp)].address;
     const int32_t spValue = readWordVia(spAddress);
@@ -372,7 +349,7 @@ int32_t Monitor::cmd_pop(bool changeStackpointer) {
 }
 
 int32_t Monitor::cmd_pop2nd(bool changeStackpointer) {
-    const int32_t sp = SfrIndex(st_, "SP");
+    const int32_t sp = SfrIndexByName(st_, "SP");
     if (sp < 0) return -1;
     const int32_t spAddress = st_.sfrTable[static_cast<size_t>(sp)].address;
     const int32_t spValue = readWordVia(spAddress);

@@ -65,7 +65,4 @@ private:
     ComPort& port_;
 };
 
-// True if the current kernel lists the feature with its flag set.
-[[nodiscard]] bool KernelHasFeature(const ProgramState& st, std::string_view feature);
-
 }  // namespace vortelm::link

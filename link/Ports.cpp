@@ -12,14 +12,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <map>
+#include <utility>
 
 #include "core/Helpers.h"
 #include "core/ProgramState.h"
 #include "link/SerialChannel.h"
 #include "link/TcpChannel.h"
-#ifdef VORTELM_HAVE_SIM
-#include "sim/Sim.h"
-#endif
 
 namespace vortelm::link {
 
@@ -118,34 +116,48 @@ bool ParseSettingsText(std::string_view text, channel::LineSettings& out) {
     return true;
 }
 
-OpenResult OpenChannel(std::string_view portText, const channel::LineSettings& settings,
-                       int32_t timeoutMs, std::string_view controller,
-                       channel::MicrosClock clock) {
-    OpenResult r;
-    if (StartsWithNoCase(portText, "socket://")) {
-        r.path = std::string(portText);
-        r.channel = TcpChannel::connect(portText.substr(9), timeoutMs, r.err, r.error);
+ChannelOpeners::ChannelOpeners() {
+    add("socket://", [](const OpenRequest& q) {
+        OpenResult r;
+        r.path = std::string(q.portText);
+        r.channel = TcpChannel::connect(q.rest, q.timeoutMs, r.err, r.error);
         return r;
-    }
-    if (StartsWithNoCase(portText, "sim:")) {
-        r.path = std::string(portText);
-#ifdef VORTELM_HAVE_SIM
-        auto s = sim::OpenInProcess(portText.substr(4), controller, std::move(clock));
-        if (!s.channel) {
-            r.err = EINVAL;
-            r.error = s.error.empty() ? std::string("the virtual board did not start") : s.error;
-            return r;
-        }
-        (void)s.channel->configure(settings);
-        r.channel = std::move(s.channel);
-#else
-        (void)controller;
-        (void)clock;
+    });
+    add("sim:", [](const OpenRequest& q) {
+        OpenResult r;
+        r.path = std::string(q.portText);
         r.err = ENODEV;
         r.error = "the virtual board is not part of this build";
-#endif
         return r;
+    });
+}
+
+void ChannelOpeners::add(std::string_view prefix, ChannelOpener opener) {
+    for (auto& [p, o] : openers_) {
+        if (p.size() == prefix.size() && StartsWithNoCase(p, prefix)) {
+            o = std::move(opener);
+            return;
+        }
     }
+    openers_.emplace_back(std::string(prefix), std::move(opener));
+}
+
+const ChannelOpener* ChannelOpeners::find(std::string_view portText, std::string_view* rest) const {
+    for (const auto& [p, o] : openers_) {
+        if (!StartsWithNoCase(portText, p)) continue;
+        if (rest) *rest = portText.substr(p.size());
+        return &o;
+    }
+    return nullptr;
+}
+
+OpenResult ChannelOpeners::open(std::string_view portText, const channel::LineSettings& settings,
+                                int32_t timeoutMs, std::string_view controller,
+                                channel::MicrosClock clock) const {
+    std::string_view rest;
+    if (const ChannelOpener* o = find(portText, &rest))
+        return (*o)(OpenRequest{portText, rest, settings, timeoutMs, controller, std::move(clock)});
+    OpenResult r;
     r.path = PortDevice(portText);
     r.channel = SerialChannel::open(r.path, settings, r.err, r.error);
     return r;

@@ -2,12 +2,16 @@
 // Port texts and the channels they open. A port text is a device path
 // (/dev/ttyUSB0, /dev/serial/by-id/..., a pty), "COM<n>" (the old PORT=COM
 // key, meaning /dev/ttyS<n-1>), "socket://host:port" (raw TCP) or "sim:"
-// with the virtual board's options behind it.
+// with the virtual board's options behind it. Which texts open what is one
+// table of openers by prefix; the program fills it at the top with what it
+// links (the link itself knows no board).
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "link/ByteChannel.h"
@@ -36,11 +40,41 @@ struct OpenResult {
     std::string path;                                // what was opened
 };
 
-// Opens the channel of a port text. timeoutMs bounds a TCP connect; the
-// clock and controller go to the in-process board.
-[[nodiscard]] OpenResult OpenChannel(std::string_view portText,
-                                     const channel::LineSettings& settings, int32_t timeoutMs,
-                                     std::string_view controller, channel::MicrosClock clock);
+// What an opener gets: the port text, the part behind its prefix, the line
+// settings, the bound of a TCP connect, and for a board in process the
+// configured controller type and the host's clock.
+struct OpenRequest {
+    std::string_view portText;
+    std::string_view rest;
+    channel::LineSettings settings;
+    int32_t timeoutMs = 0;
+    std::string_view controller;
+    channel::MicrosClock clock;
+};
+using ChannelOpener = std::function<OpenResult(const OpenRequest&)>;
+
+// The openers by the beginning of the port text (compared without regard to
+// case). A new table has "socket://" and a "sim:" that answers that the
+// virtual board is not part of this build; a text no prefix claims is a
+// device path. A program adds what it links, e.g. the in-process board.
+class ChannelOpeners {
+  public:
+    ChannelOpeners();
+    // Adds an opener for texts that begin with prefix; one already there for
+    // the same prefix is replaced.
+    void add(std::string_view prefix, ChannelOpener opener);
+    // The opener of that text, or nothing when the text is a device path.
+    [[nodiscard]] const ChannelOpener* find(std::string_view portText,
+                                            std::string_view* rest = nullptr) const;
+    // Opens the channel of a port text. timeoutMs bounds a TCP connect; the
+    // clock and controller go to a board in process.
+    [[nodiscard]] OpenResult open(std::string_view portText, const channel::LineSettings& settings,
+                                  int32_t timeoutMs, std::string_view controller,
+                                  channel::MicrosClock clock) const;
+
+  private:
+    std::vector<std::pair<std::string, ChannelOpener>> openers_;
+};
 
 // ---- the port list
 struct PortInfo {

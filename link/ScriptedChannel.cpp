@@ -124,8 +124,6 @@ std::size_t ScriptedChannel::bytesWaitingIn() {
     return n;
 }
 
-std::size_t ScriptedChannel::bytesInFlight() { return pending_.size() - bytesWaitingIn(); }
-
 std::ptrdiff_t ScriptedChannel::read(std::span<uint8_t> out) {
     if (!usable()) return -1;
     const int64_t t = now();

@@ -57,8 +57,6 @@ public:
     [[nodiscard]] std::optional<bool> rts() const { return rts_; }
     [[nodiscard]] std::optional<bool> dtr() const { return dtr_; }
     [[nodiscard]] bool breakOn() const { return break_; }
-    // Bytes scheduled that have not yet arrived.
-    [[nodiscard]] std::size_t bytesInFlight();
 
     // ---- ByteChannel
     [[nodiscard]] std::string describe() const override { return name_; }

@@ -273,29 +273,29 @@ std::string SfrCachePath(std::string_view path, std::string_view programFolder) 
     return SfrCachePath(path);
 }
 
-void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
-    const size_t n = std::min(count, records.size());
-    if (n < 2) return;
-    // The first pass of the exchange sort (i = 0) carries the first largest
-    // name to the front: each strictly larger name met trades places with it.
-    for (size_t j = 1; j < n; ++j)
-        if (records[0].name < records[j].name) std::swap(records[0], records[j]);
-    // From there on each pass inserts record i behind the names not larger
-    // than it, and every group of equal larger names turns by one: its first
-    // member goes to the group's end. So the order is the stable order of
-    // names with each group of equal names turned by the number of smaller
-    // names inserted after each member joined.
+namespace {
+
+// The rank of each record's name among the distinct names (0 for the
+// smallest); groups is set to the number of distinct names.
+std::vector<size_t> NameRanks(const std::vector<SfrRecord>& records, size_t n, size_t& groups) {
     std::vector<std::pair<std::string_view, size_t>> order(n);
     for (size_t i = 0; i < n; ++i) order[i] = {records[i].name, i};
     std::stable_sort(order.begin(), order.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<size_t> rank(n);
-    size_t groups = 0;
+    groups = 0;
     for (size_t k = 0; k < n; ++k) {
         if (k > 0 && order[k].first != order[k - 1].first) ++groups;
         rank[order[k].second] = groups;
     }
     ++groups;
+    return rank;
+}
+
+// Where each record ends: the stable order of names with each group of equal
+// names turned by the number of smaller names inserted after each member
+// joined (counted with a Fenwick tree over the ranks).
+std::vector<size_t> FinalPlaces(const std::vector<size_t>& rank, size_t groups, size_t n) {
     std::vector<int64_t> tree(groups + 1, 0);  // counts of ranks inserted so far (from index 1)
     auto add = [&](size_t r) {
         for (size_t x = r + 1; x <= groups; x += x & (~x + 1)) ++tree[x];
@@ -339,14 +339,19 @@ void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
         }
         if (i >= 1) add(g);
     }
-    // Where each record goes, then the moves along the cycles of that
-    // permutation, so that each record moves once.
+    // Where each member of a group of two or more goes.
     for (size_t g = 0; g < groups; ++g) {
         if (slot[g] == SIZE_MAX) continue;
         turn(g, smaller(g) - seen[g]);
         size_t next = groupStart[g];
         for (size_t i : members[slot[g]]) target[i] = next++;
     }
+    return target;
+}
+
+// Moves the records along the cycles of the permutation, so that each record
+// moves once.
+void MoveToPlaces(std::vector<SfrRecord>& records, std::vector<size_t>& target, size_t n) {
     for (size_t start = 0; start < n; ++start) {
         if (target[start] == start) continue;
         SfrRecord carried = std::move(records[start]);
@@ -362,6 +367,26 @@ void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
             at = to;
         }
     }
+}
+
+}  // namespace
+
+void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
+    const size_t n = std::min(count, records.size());
+    if (n < 2) return;
+    // The first pass of the exchange sort (i = 0) carries the first largest
+    // name to the front: each strictly larger name met trades places with it.
+    for (size_t j = 1; j < n; ++j)
+        if (records[0].name < records[j].name) std::swap(records[0], records[j]);
+    // From there on each pass inserts record i behind the names not larger
+    // than it, and every group of equal larger names turns by one: its first
+    // member goes to the group's end. So the order is the stable order of
+    // names with each group of equal names turned by the number of smaller
+    // names inserted after each member joined.
+    size_t groups = 0;
+    const std::vector<size_t> rank = NameRanks(records, n, groups);
+    std::vector<size_t> target = FinalPlaces(rank, groups, n);
+    MoveToPlaces(records, target, n);
 }
 
 int ReadSfrFile(ProgramState& st, std::string_view path) {
@@ -459,8 +484,19 @@ void ReadSfrCacheBytes(ProgramState& st, std::span<const uint8_t> bytes) {
     }
 }
 
+namespace {
+
+// The records a lookup searches: the count, kept inside the bound and the
+// table as it is.
+int32_t SearchedCount(const ProgramState& st) {
+    return std::clamp<int32_t>(
+        st.sfrCount, 0, std::min<int32_t>(kSfrBound + 1, static_cast<int32_t>(st.sfrTable.size())));
+}
+
+}  // namespace
+
 int32_t SfrIndexByName(const ProgramState& st, std::string_view name) {
-    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound; ++i)
+    for (int32_t i = 0; i < SearchedCount(st); ++i)
         if (SameUpper(st.sfrTable[static_cast<size_t>(i)].name, name)) return i;
     return -1;
 }
@@ -471,13 +507,13 @@ int32_t SfrAddressByName(const ProgramState& st, std::string_view name) {
 }
 
 int32_t SfrIndexByAddress(const ProgramState& st, int32_t address) {
-    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound; ++i)
+    for (int32_t i = 0; i < SearchedCount(st); ++i)
         if (st.sfrTable[static_cast<size_t>(i)].address == address) return i;
     return -1;
 }
 
 int32_t SfrIndexByShort(const ProgramState& st, int32_t shortAddress, int16_t extended) {
-    for (int32_t i = 0; i < st.sfrCount && i <= kSfrBound; ++i) {
+    for (int32_t i = 0; i < SearchedCount(st); ++i) {
         const SfrRecord& r = st.sfrTable[static_cast<size_t>(i)];
         if (r.extended == extended && r.shortAddress == shortAddress) return i;
     }

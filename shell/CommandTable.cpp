@@ -84,36 +84,34 @@ int32_t FindShellCommand(const ShellTable& table, std::string_view name) {
     return -1;
 }
 
-void BuildShellCommandTable(ShellTable& table) {
-    table.shellCommandCount = 0;
-    static constexpr const char* kGroups[] = {"HELP FUNCTIONS",
-                                              "FILE FUNCTIONS",
-                                              "HEX EDITOR FUNCTIONS",
-                                              "SELECTION FUNCTIONS",
-                                              "TARGET CONNECTION FUNCTIONS",
-                                              "TARGET TRANSFER FUNCTIONS",
-                                              "TARGET EXECUTION FUNCTIONS",
-                                              "TARGET MISC FUNCTIONS",
-                                              "SFR VIEW FUNCTIONS",
-                                              "TERMINAL / COMM FUNCTIONS",
-                                              "LOGFILE FUNCTIONS",
-                                              "SCRIPTING FUNCTIONS",
-                                              "FLASH FUNCTIONS",
-                                              "NOT DOCUMENTED FUNCTIONS",
-                                              "VIEW FUNCTIONS"};
-    for (size_t g = 0; g < std::size(kGroups); ++g) table.shellGroupNames[g + 1] = kGroups[g];
+namespace {
 
-    auto C = [&](int32_t group, std::string_view name, int32_t id, int16_t minP, int16_t maxP,
-                 int16_t listed, std::string_view description, std::string_view usage) {
-        AddShellCommand(table, group, name, id, minP, maxP, listed, description, usage);
-    };
-    auto P = [&](std::string_view command, std::string_view name, int16_t optional,
-                 std::string_view type, std::string_view range, std::string_view alt,
-                 std::string_view description) {
-        AddShellParameter(table, command, name, optional, type, range, alt, description);
-    };
+// The rows and their parameters, a few groups to a function: C adds a row,
+// P a parameter to the row of that name.
+class TableRows {
+  public:
+    explicit TableRows(ShellTable& table) : table_(table) {}
+    void FrameFileAndEditRows();   // groups 1 to 4: help, files, hex editor, selections
+    void TargetRows();             // groups 5 to 8: the target
+    void SfrTerminalAndLogRows();  // groups 9 to 11: registers, terminal, log
+    void ScriptingRows();          // group 12: scripting
+    void FlashAndViewRows();       // groups 13 to 15: flash, the rows not listed, views
 
-    // clang-format off
+  private:
+    void C(int32_t group, std::string_view name, int32_t id, int16_t minP, int16_t maxP,
+           int16_t listed, std::string_view description, std::string_view usage) {
+        AddShellCommand(table_, group, name, id, minP, maxP, listed, description, usage);
+    }
+    void P(std::string_view command, std::string_view name, int16_t optional, std::string_view type,
+           std::string_view range, std::string_view alt, std::string_view description) {
+        AddShellParameter(table_, command, name, optional, type, range, alt, description);
+    }
+
+    ShellTable& table_;
+};
+
+// clang-format off
+void TableRows::FrameFileAndEditRows() {
     // 1 HELP FUNCTIONS
     C(1, "_help", Id(0x1001), 0, 0, kTrue, "List all shell commands", "_help");
     C(1, "_test", Id(0x1002), 0, 0, kTrue, "Test", "_test");
@@ -164,6 +162,9 @@ void BuildShellCommandTable(ShellTable& table) {
     P("_moveselection", "<displacement>|<variable>", kFalse, "hexadecimal value (24 bit)", "", "variable", "offset");
     C(4, "_removeselection", Id(0x4005), 1, 1, kTrue, "Remove selection number <selection index> from selection", "_removeselection <selection index>|<variable>");
     P("_removeselection", "<selection index>|<variable>", kFalse, "decimal value", "", "variable", "Selection index or variable containing selection index");
+}
+
+void TableRows::TargetRows() {
     // 5 TARGET CONNECTION FUNCTIONS
     C(5, "_connect", Id(0x5001), 0, 1, kTrue, "Connect to target", "_connect [NOPROMPT]");
     P("_connect", "NOPROMPT", kTrue, "string", "", "", "This option deactivates the connection message prompt");
@@ -233,6 +234,9 @@ void BuildShellCommandTable(ShellTable& table) {
     P("_pllcon", "<pllcon value>", kFalse, "hexadecimal value (16 bit)", "", "", "16 Bit value to set PLLCON to");
     C(8, "_rstcon", Id(0x8005), 1, 1, kTrue, "Sets the register RSTCON (ALD4 family only)", "_rstcon <rstcon value>");
     P("_rstcon", "<rstcon value>", kFalse, "hexadecimal value (16 bit)", "", "", "16 Bit value to set RSTCON to");
+}
+
+void TableRows::SfrTerminalAndLogRows() {
     // 9 SFR VIEW FUNCTIONS
     C(9, "_refreshsfr", Id(0x9001), 0, 1, kTrue, "Refresh current SFR view or globally enable/disable SFR refresh", "_refreshsfr [ON|OFF]");
     P("_refreshsfr", "ON|OFF", kTrue, "ON or OFF", "", "", "Global Switch for enabling/disabling SFR refresh");
@@ -293,6 +297,9 @@ void BuildShellCommandTable(ShellTable& table) {
     P("_print", "<string>|<SFR>|<variable>", kTrue, "string", "", "SFR", "String, SFR or variable to print");
     P("_print", "<string>|<SFR>|<variable>", kTrue, "string", "", "SFR", "String, SFR or variable to print");
     P("_print", "<string>|<SFR>|<variable>", kTrue, "string", "", "SFR", "String, SFR or variable to print");
+}
+
+void TableRows::ScriptingRows() {
     // 12 SCRIPTING FUNCTIONS
     C(12, "_delay", Id(0xC001), 1, 1, kTrue, "Wait for x seconds", "_delay <delay time>|<variable>");
     P("_delay", "<delay time>|<variable>", kFalse, "decimal value", "1-100", "variable", "Delay time in seconds");
@@ -347,6 +354,9 @@ void BuildShellCommandTable(ShellTable& table) {
     P("_input", "yesno", kTrue, "string", "", "", "show yes / no dialog");
     C(12, "_delayms", Id(0xC00B), 1, 1, kTrue, "Wait for <delay time> miliseconds", "_delayms <delay time>|<variable>");
     P("_delayms", "<delay time>|<variable>", kFalse, "decimal value", "1-100000", "variable", "Delay time in mili seconds");
+}
+
+void TableRows::FlashAndViewRows() {
     // 13 FLASH FUNCTIONS
     C(13, "_iprogram", Id(0xD001), 0, 0, kTrue, "Intelligent program of selection into flash", "_iprogram");
     C(13, "_program", Id(0xD002), 0, 0, kTrue, "Program selection into flash", "_program");
@@ -405,7 +415,36 @@ void BuildShellCommandTable(ShellTable& table) {
     C(15, "_clearterminalwindow", Id(0xF006), 0, 0, kTrue, "Clears the terminal output and logging window", "_clearterminalwindow");
     C(15, "_viewascii", Id(0xF007), 0, 1, kTrue, "Views the current selection as ascii text", "_viewascii [<byteswap>]");
     P("_viewascii", "<byteswap>", kTrue, "decimal value", "0-1", "", "1: Swap LSB and MSB");
-    // clang-format on
+}
+// clang-format on
+
+}  // namespace
+
+void BuildShellCommandTable(ShellTable& table) {
+    table.shellCommandCount = 0;
+    static constexpr const char* kGroups[] = {"HELP FUNCTIONS",
+                                              "FILE FUNCTIONS",
+                                              "HEX EDITOR FUNCTIONS",
+                                              "SELECTION FUNCTIONS",
+                                              "TARGET CONNECTION FUNCTIONS",
+                                              "TARGET TRANSFER FUNCTIONS",
+                                              "TARGET EXECUTION FUNCTIONS",
+                                              "TARGET MISC FUNCTIONS",
+                                              "SFR VIEW FUNCTIONS",
+                                              "TERMINAL / COMM FUNCTIONS",
+                                              "LOGFILE FUNCTIONS",
+                                              "SCRIPTING FUNCTIONS",
+                                              "FLASH FUNCTIONS",
+                                              "NOT DOCUMENTED FUNCTIONS",
+                                              "VIEW FUNCTIONS"};
+    for (size_t g = 0; g < std::size(kGroups); ++g) table.shellGroupNames[g + 1] = kGroups[g];
+
+    TableRows rows(table);
+    rows.FrameFileAndEditRows();
+    rows.TargetRows();
+    rows.SfrTerminalAndLogRows();
+    rows.ScriptingRows();
+    rows.FlashAndViewRows();
 }
 
 }  // namespace vortelm::shell

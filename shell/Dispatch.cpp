@@ -1,5 +1,5 @@
 // Joins the row lists of the Rows_*.cpp files. A group that lands adds its
-// list to kLists below; ids with no binding are not in this build yet.
+// list to kLists below; table rows with no binding are not in this build yet.
 
 #include <array>
 
@@ -24,11 +24,18 @@ constexpr std::array<ListFn, 8> kLists{
 
 }  // namespace
 
-RowFn FindRow(int32_t id) {
+RowFn FindRow(std::string_view name) {
     for (ListFn list : kLists)
         for (const RowBinding& b : list())
-            if (b.id == id) return b.run;
+            if (b.name == name) return b.run;
     return nullptr;
+}
+
+std::vector<RowBinding> AllRows() {
+    std::vector<RowBinding> all;
+    for (ListFn list : kLists)
+        for (const RowBinding& b : list()) all.push_back(b);
+    return all;
 }
 
 }  // namespace vortelm::shell

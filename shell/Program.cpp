@@ -91,6 +91,7 @@ Program::Program(Host& host, ProgramOptions options)
       session_(std::make_unique<Session>(*st_)) {
     st_->portOverride = options_.portOverride;
     port_ = std::make_unique<link::ComPort>(*st_);
+    port_->openers = options_.openers;
     session_->port = port_.get();
     target_ = std::make_unique<target::Target>(
         *st_, *port_, [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
@@ -167,17 +168,8 @@ void Program::StepHelpFile() {}
 
 // 4. Resets the tables in their order.
 void Program::StepResetTables() {
-    ProgramState& st = *st_;
-    st.initRegisterCount = 0;
-    st.ConnectionState = 0;
-    st.memoryUnitCount = 0;
-    st.sfrCount = 0;
-    st.IdRegisterAddresses = {0xF07E, 0xF07C, 0xF07A, 0xF078, 0xF076, 0xF070};
-    st.logFileName = "LOG.TXT";
-    InitFeatureNames(st);
-    ClearSfrSets(st);
-    st.variables.fill(0);
-    st.host->progress(20, 100);
+    ResetConfigurationTables(*st_);
+    st_->host->progress(20, 100);
 }
 
 // 5. mctypes.dat and kernel.dat from the program folder.
@@ -205,7 +197,6 @@ void Program::StepInitialiseMemoryAndShell() {
 void Program::StepInitialiseForms() {
     // The serial settings are taken and the port opened here, so that the
     // status of step 9 shows them and start-up scripts find the port open.
-    link::initialize(*port_, port_->form);
     port_->get_preferences();
     // The connection check ticks from here on; it tests only a connected target.
     target::EnableConnectionCheck(*target_);
@@ -216,7 +207,7 @@ void Program::StepInitialiseForms() {
 // decoder off with one "*ERROR: " line and start-up goes on.
 void Program::StepReadInstructionTable() {
     (void)disasm::ReadCommandTable(*st_);
-    st_->ConnectionState = 0;
+    st_->ConnectionState = kNotConnected;
     st_->host->refreshStatus();
     st_->host->refreshFeatureButtons();
     st_->host->progress(90, 100);

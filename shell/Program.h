@@ -11,6 +11,7 @@
 
 #include "core/Host.h"
 #include "core/ProgramState.h"
+#include "link/Ports.h"
 #include "shell/Session.h"
 
 namespace vortelm::link {
@@ -30,6 +31,9 @@ struct ProgramOptions {
     // there); empty: the install prefix's share/vortelm, else the source
     // tree's data/.
     std::string dataSource;
+    // The channel openers by port text; a program adds the ones it links
+    // (the in-process board) here, before the Program is made.
+    link::ChannelOpeners openers;
 
     // Takes a script word of the command line: a script named relative to
     // the working folder and found there is kept as its absolute name.

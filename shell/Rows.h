@@ -1,11 +1,14 @@
 #pragma once
-// Dispatch of shell rows by id. Each group of rows lives in its own source
-// file and offers a list of bindings; Dispatch.cpp joins the lists. A row id
-// with no binding answers "*ERROR: Command not available in this build" and
-// fails with its id.
+// Dispatch of shell rows by the command's name in the command table. Each
+// group of rows lives in its own source file (Rows_<Group>.cpp) and offers a
+// list of bindings, a name and a handler each; Dispatch.cpp joins the lists
+// with one line per group. A table row with no binding answers "*ERROR:
+// Command not available in this build" and fails with its id.
 
 #include <cstdint>
 #include <span>
+#include <string_view>
+#include <vector>
 
 #include "shell/Session.h"
 
@@ -30,8 +33,10 @@ using RowFn = RowResult (*)(Session&);
     return static_cast<int16_t>(static_cast<uint16_t>(hex16));
 }
 
+// A handler for the table row of that name, written as the table writes it
+// ("_help"). Every binding names a row, and no row is bound twice.
 struct RowBinding {
-    int32_t id;
+    std::string_view name;
     RowFn run;
 };
 
@@ -45,7 +50,10 @@ std::span<const RowBinding> TargetRows();     // groups 5 to 8 and 14, the targe
 std::span<const RowBinding> ListingViewRows();  // the view rows that list selections (Rows_Listing.cpp)
 std::span<const RowBinding> ViewRows();       // _viewassembler (Rows_View.cpp)
 
-// The binding of an id, or nullptr when its operation is not in this build.
-[[nodiscard]] RowFn FindRow(int32_t id);
+// The handler bound to the row of that name, or nullptr when its operation
+// is not in this build.
+[[nodiscard]] RowFn FindRow(std::string_view name);
+// Every binding of every list, in list order.
+[[nodiscard]] std::vector<RowBinding> AllRows();
 
 }  // namespace vortelm::shell

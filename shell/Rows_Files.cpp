@@ -116,9 +116,9 @@ RowResult SetPath(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x2001), &Load},    {RowId(0x2002), &Save},        {RowId(0x2003), &BinLoad},
-    {RowId(0x2004), &BinSave}, {RowId(0x2005), &LoadSRecord}, {RowId(0x2006), &SaveSRecord},
-    {RowId(0x2007), &SetPath}, {RowId(0x2008), &SaveIndexed},
+    {"_load", &Load},       {"_save", &Save},           {"_binload", &BinLoad},
+    {"_binsave", &BinSave}, {"_loadsre", &LoadSRecord}, {"_savesre", &SaveSRecord},
+    {"_setpath", &SetPath}, {"_savex", &SaveIndexed},
 };
 
 }  // namespace

@@ -52,9 +52,9 @@ RowResult Quit(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x1001), &Help},
-    {RowId(0x1002), &Test},
-    {RowId(0xC007), &Quit},
+    {"_help", &Help},
+    {"_test", &Test},
+    {"_quit", &Quit},
 };
 
 }  // namespace

@@ -47,8 +47,12 @@ RowResult RandomFill(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x3001), &Copy},       {RowId(0x3002), &Cut},         {RowId(0x3003), &Paste},
-    {RowId(0x3004), &FillMemory}, {RowId(0x3005), &ClearMemory}, {RowId(0x3006), &RandomFill},
+    {"_copy", &Copy},
+    {"_cut", &Cut},
+    {"_paste", &Paste},
+    {"_fillmemory", &FillMemory},
+    {"_clearmemory", &ClearMemory},
+    {"_randomfill", &RandomFill},
 };
 
 }  // namespace

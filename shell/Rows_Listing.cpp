@@ -38,9 +38,9 @@ RowResult ClearTerminalWindow(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0xF001), &ViewWord},  {RowId(0xF002), &ViewLong},
-    {RowId(0xF003), &ViewByte},  {RowId(0xF006), &ClearTerminalWindow},
-    {RowId(0xF007), &ViewAscii},
+    {"_viewword", &ViewWord},  {"_viewlong", &ViewLong},
+    {"_viewbyte", &ViewByte},  {"_clearterminalwindow", &ClearTerminalWindow},
+    {"_viewascii", &ViewAscii},
 };
 
 }  // namespace

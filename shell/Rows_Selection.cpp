@@ -48,8 +48,8 @@ RowResult Remove(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x4001), &Add},  {RowId(0x4002), &Clear},  {RowId(0x4003), &Show},
-    {RowId(0x4004), &Move}, {RowId(0x4005), &Remove},
+    {"_addselection", &Add},   {"_clearselections", &Clear},  {"_showselections", &Show},
+    {"_moveselection", &Move}, {"_removeselection", &Remove},
 };
 
 }  // namespace

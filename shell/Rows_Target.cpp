@@ -1,11 +1,13 @@
 // Rows of the target groups: connection, transfers, word access, execution,
 // the protection level and the checksums over the selections.
 
+#include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/Text.h"
 #include "image/Dump.h"
 #include "link/ComPort.h"
 #include "link/Monitor.h"
+#include "sfr/SfrTable.h"
 #include "shell/ImageRowArgs.h"
 #include "shell/Rows.h"
 #include "target/Target.h"
@@ -26,16 +28,6 @@ RowResult Passed(int32_t result) { return {0, result != 0}; }
 target::Target* TargetOf(Session& s) {
     if (s.target == nullptr) Text2Buffer(s.st, "\r\n*ERROR: Not Connected to Target");
     return s.target;
-}
-
-// The address of a register of that name, or -1.
-int32_t SfrAddress(const ProgramState& st, std::string_view name) {
-    const std::string wanted = UpperCase(name);
-    const int32_t n = std::min<int32_t>(st.sfrCount, static_cast<int32_t>(st.sfrTable.size()));
-    for (int32_t i = 0; i < n; ++i)
-        if (UpperCase(st.sfrTable[static_cast<size_t>(i)].name) == wanted)
-            return st.sfrTable[static_cast<size_t>(i)].address;
-    return -1;
 }
 
 void StoreWord(ProgramState& st, int32_t address, int32_t value) {
@@ -95,7 +87,7 @@ RowResult Compare(Session& s) {
 
 RowResult Mov(Session& s) {
     int32_t address = HexValue(s.parsedParameters[0].text);
-    if (address < 0) address = SfrAddress(s.st, s.parsedParameters[0].text);
+    if (address < 0) address = SfrAddressByName(s.st, s.parsedParameters[0].text);
     const int32_t value = HexValue(s.parsedParameters[1].text);
     if (address < 0 || value < 0) return kIllegal;
     auto* t = TargetOf(s);
@@ -105,7 +97,7 @@ RowResult Mov(Session& s) {
 }
 
 RowResult MovSeq(Session& s) {
-    if (!link::KernelHasFeature(s.st, "WRITESEQ")) return kNoKernelFeature;
+    if (!HasFeature(s.st, "WRITESEQ", -1)) return kNoKernelFeature;
     auto* t = TargetOf(s);
     if (t == nullptr) return {0, true};
     // A last lone address is dropped.
@@ -183,7 +175,7 @@ RowResult D16(Session& s) {
 // A user program runs from now on.
 RowResult Running(Session& s, int16_t r) {
     if (r == 0) {
-        s.st.ConnectionState = 2;
+        s.st.ConnectionState = kUserProgramRunning;
         s.st.host->refreshStatus();
     }
     return Passed(r);
@@ -210,7 +202,7 @@ RowResult Einit(Session& s) {
 }
 
 RowResult SetProtection(Session& s) {
-    if (!link::KernelHasFeature(s.st, "SETPROTECTION")) return kNoKernelFeature;
+    if (!HasFeature(s.st, "SETPROTECTION", -1)) return kNoKernelFeature;
     const int32_t level = HexValue(s.parsedParameters[0].text);
     const int32_t password = HexValue(s.parsedParameters[1].text);
     const int32_t newPassword = s.parsedParameterCount >= 3 ? HexValue(s.parsedParameters[2].text) : 0;
@@ -239,12 +231,24 @@ RowResult AddcChecksum(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0x5001), &Connect},     {RowId(0x5002), &Reconnect},     {RowId(0x5003), &Disconnect},
-    {RowId(0x6001), &Download},    {RowId(0x6002), &Upload},        {RowId(0x6003), &Compare},
-    {RowId(0x6004), &Mov},         {RowId(0x6005), &MovSeq},        {RowId(0x6006), &R16},
-    {RowId(0x6007), &W16},         {RowId(0x6008), &U16},           {RowId(0x6009), &D16},
-    {RowId(0x7001), &Srst},        {RowId(0x7002), &Jmp},           {RowId(0x8001), &Einit},
-    {RowId(0x8003), &SetProtection}, {RowId(0xE002), &XorChecksum}, {RowId(0xE003), &AddcChecksum},
+    {"_connect", &Connect},
+    {"_reconnect", &Reconnect},
+    {"_disconnect", &Disconnect},
+    {"_download", &Download},
+    {"_upload", &Upload},
+    {"_compare", &Compare},
+    {"_mov", &Mov},
+    {"_movseq", &MovSeq},
+    {"_r16", &R16},
+    {"_w16", &W16},
+    {"_u16", &U16},
+    {"_d16", &D16},
+    {"_srst", &Srst},
+    {"_jmp", &Jmp},
+    {"_einit", &Einit},
+    {"_setprotection", &SetProtection},
+    {"_xorchecksum", &XorChecksum},
+    {"_addcchecksum", &AddcChecksum},
 };
 
 }  // namespace

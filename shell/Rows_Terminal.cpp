@@ -69,10 +69,10 @@ RowResult OpenPort(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0xA001), &Send},
-    {RowId(0xA002), &SendFile},
-    {RowId(0xA003), &SetP},
-    {RowId(0x5004), &OpenPort},
+    {"_send", &Send},
+    {"_sendfile", &SendFile},
+    {"_setp", &SetP},
+    {"_openport", &OpenPort},
 };
 
 }  // namespace

@@ -36,7 +36,7 @@ RowResult ViewAssembler(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {RowId(0xF004), &ViewAssembler},
+    {"_viewassembler", &ViewAssembler},
 };
 
 }  // namespace

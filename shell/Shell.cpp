@@ -6,6 +6,7 @@
 #include "core/Host.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "sfr/SfrTable.h"
 #include "shell/Rows.h"
 
 namespace vortelm::shell {
@@ -88,13 +89,9 @@ ParsedParameter ClassifyArgument(const ProgramState& st, std::string_view text) 
             break;
         }
     }
-    const int sfrs = std::clamp<int>(st.sfrCount, 0, static_cast<int>(st.sfrTable.size()));
-    for (int i = 0; i < sfrs; ++i) {
-        if (UpperCase(st.sfrTable[i].name) == upper) {
-            p.sfr = i;
-            p.isSfr = kTrue;
-            break;
-        }
+    if (const int32_t i = SfrIndexByName(st, upper); i >= 0) {
+        p.sfr = i;
+        p.isSfr = kTrue;
     }
 
     // "%" and a number from 0 to 99; a number that can't be read is 0.
@@ -193,7 +190,7 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                     Say(st, msg);
                 }
                 if (status == 0 && checkOnly == 0) {
-                    if (RowFn fn = FindRow(cmd.id)) {
+                    if (RowFn fn = FindRow(cmd.name)) {
                         const RowResult r = fn(s);
                         status = r.status;
                         if (r.failed) extra = cmd.id;
@@ -223,14 +220,12 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
         }
     }
 
-    if (st.ConnectionState == 1) {
-        st.host->refreshMemory();
-        if (st.REFRESHSFR == kTrue) {
-            if (s.readSfrView)
-                s.readSfrView();
-            else
-                st.host->refreshSfrView();
-        }
+    if (st.ConnectionState == kConnectedAndReady) {
+        // The register view is read from the target where the session can;
+        // otherwise it is redrawn from the table.
+        const bool readView = st.REFRESHSFR == kTrue && s.readSfrView;
+        st.host->refreshAfterOperation(st.REFRESHSFR == kTrue && !readView);
+        if (readView) s.readSfrView();
     }
     return static_cast<int16_t>(status + extra);
 }

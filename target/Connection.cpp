@@ -1,5 +1,6 @@
 #include <array>
 
+#include "config/Kernels.h"
 #include "core/Host.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
@@ -29,12 +30,12 @@ std::string StatusText(int16_t connectionState) {
 }
 
 int CheckPreconditions(ProgramState& st, std::string_view feature) {
-    if (st.ConnectionState != 1) {
+    if (st.ConnectionState != kConnectedAndReady) {
         Text2Buffer(st, "\r\n*ERROR: Not Connected to Target");
         st.host->refreshStatus();
         return -100;
     }
-    if (!feature.empty() && !link::KernelHasFeature(st, feature)) {
+    if (!feature.empty() && !HasFeature(st, feature, -1)) {
         Text2Buffer(st, "\r\n*ERROR: Kernel feature not supported ");
         return -101;
     }
@@ -86,14 +87,11 @@ int connect(Target& t, int prompt) {
             }
             if (outcome == 0) {
                 Text2Buffer(st, "\r\n*Vortelm successfully launched");
-                st.ConnectionState = 1;
+                st.ConnectionState = kConnectedAndReady;
                 if (ReadResetConfiguration(t) == 0) ShowResetConfiguration(t);
                 InitializeTarget(t);
-                st.ConnectionState = 1;
-                st.host->refreshMemory();
-                if (st.REFRESHSFR != 0) st.host->refreshSfrView();
-                st.host->refreshStatus();
-                st.host->refreshFeatureButtons();
+                st.ConnectionState = kConnectedAndReady;
+                RefreshAfterOperation(st);
                 result = 0;
             }
         }
@@ -120,12 +118,12 @@ int reconnect(Target& t) {
     link::Monitor mon(st, t.port);
     if (mon.Cmd_reconnect() == 0) {
         Text2Buffer(st, "\r\n*Monitor ready");
-        st.ConnectionState = 1;
+        st.ConnectionState = kConnectedAndReady;
         st.host->refreshStatus();
         return 0;
     }
     Text2Buffer(st, "\r\n*ERROR: Monitor not ready");
-    st.ConnectionState = 0;
+    st.ConnectionState = kNotConnected;
     st.host->refreshStatus();
     return -1;
 }
@@ -133,7 +131,7 @@ int reconnect(Target& t) {
 int disconnect(Target& t) {
     if (t.port.isOpen()) {
         t.port.close();
-        t.st.ConnectionState = 0;
+        t.st.ConnectionState = kNotConnected;
         t.st.host->refreshStatus();
         Text2Buffer(t.st, "\r\n*disconnect: vortelm disconnected - comm port available");
     }
@@ -143,7 +141,8 @@ int disconnect(Target& t) {
 void CheckConnection(Target& t) {
     ProgramState& st = t.st;
     const int16_t semaphore = t.port.ComSemaphore;
-    if (st.ConnectionState != 1 || semaphore == 2 || st.CHECKCONNECTION == 0) return;
+    if (st.ConnectionState != kConnectedAndReady || semaphore == 2 || st.CHECKCONNECTION == 0)
+        return;
     // A foreground command that has just taken the line (semaphore 3) makes
     // the test give up at once through TestAbort.
     link::Monitor mon(st, t.port);
@@ -152,7 +151,7 @@ void CheckConnection(Target& t) {
     // A test that gave way to a foreground command says nothing of the line.
     if (r != 0 && !gaveWay) {
         Text2Buffer(st, "Connection to target lost !");
-        st.ConnectionState = 0;
+        st.ConnectionState = kNotConnected;
         st.host->refreshStatus();
     }
 }

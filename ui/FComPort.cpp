@@ -25,12 +25,9 @@ QComboBox* List(const char* name, const std::vector<std::string>& items, int ind
 
 }  // namespace
 
-FComPort::FComPort(link::ComPort& port, QWidget* parent) : QDialog(parent), port_(port) {
+FComPort::FComPort(link::ComPort& port, QWidget* parent) : QDialog(parent), form_(port) {
     setObjectName(QStringLiteral("FComPort"));
     setWindowTitle(QStringLiteral("Interface Settings"));
-    ProgramState& st = port_.state();
-    link::initialize(port_, form_);
-    link::ShowSettings(st, form_);
 
     // The list shows what is known about each device beside its path; the
     // entry's index is what the dialog stores.
@@ -63,19 +60,14 @@ FComPort::FComPort(link::ComPort& port, QWidget* parent) : QDialog(parent), port
     connectRetry_ = text("TConnectRetry", form_.TConnectRetry);
 
     connect(portNumber_, &QComboBox::activated, this,
-            [this](int i) { link::DPortNumber_Click(port_.state(), form_, i); });
-    connect(baud, &QComboBox::activated, this,
-            [this](int i) { link::DBaudrate_Click(port_.state(), form_, i); });
-    connect(parity, &QComboBox::activated, this,
-            [this](int i) { link::DParity_Click(port_.state(), form_, i); });
-    connect(data, &QComboBox::activated, this,
-            [this](int i) { link::DData_Click(port_.state(), form_, i); });
-    connect(stop, &QComboBox::activated, this,
-            [this](int i) { link::DStopbits_Click(port_.state(), form_, i); });
-    connect(kline, &QCheckBox::clicked, this,
-            [this](bool on) { link::CKline_Click(port_.state(), form_, on); });
+            [this](int i) { form_.DPortNumber_Click(i); });
+    connect(baud, &QComboBox::activated, this, [this](int i) { form_.DBaudrate_Click(i); });
+    connect(parity, &QComboBox::activated, this, [this](int i) { form_.DParity_Click(i); });
+    connect(data, &QComboBox::activated, this, [this](int i) { form_.DData_Click(i); });
+    connect(stop, &QComboBox::activated, this, [this](int i) { form_.DStopbits_Click(i); });
+    connect(kline, &QCheckBox::clicked, this, [this](bool on) { form_.CKline_Click(on); });
     connect(check, &QCheckBox::clicked, this,
-            [this](bool on) { link::CCheckConnection_Click(port_.state(), form_, on); });
+            [this](bool on) { form_.CCheckConnection_Click(on); });
 
     auto* formLayout = new QFormLayout;
     formLayout->addRow(QStringLiteral("Port:"), portNumber_);
@@ -119,12 +111,12 @@ void FComPort::BOk_Click() {
     form_.TTimeout = timeout_->text().toStdString();
     form_.TConnectTimeout = connectTimeout_->text().toStdString();
     form_.TConnectRetry = connectRetry_->text().toStdString();
-    link::BOk_Click(port_, form_);
+    form_.BOk_Click();
     accept();
 }
 
 void FComPort::BCancel_Click() {
-    link::BCancel_Click(port_, form_);
+    form_.BCancel_Click();
     reject();
 }
 

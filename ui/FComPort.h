@@ -1,10 +1,10 @@
 #pragma once
-// The serial settings dialog: draws the controls of link::ComSettingsForm
-// and forwards each change to the logic in link/ComSettings.h.
+// The serial settings dialog: draws the controls of forms::FComPort and
+// forwards each change to it.
 
 #include <QDialog>
 
-#include "link/ComSettings.h"
+#include "forms/FComPort.h"
 
 class QCheckBox;
 class QComboBox;
@@ -22,7 +22,7 @@ public:
     FComPort(link::ComPort& port, QWidget* parent = nullptr);
     ~FComPort() override;
 
-    [[nodiscard]] link::ComSettingsForm& form() { return form_; }
+    [[nodiscard]] forms::FComPort& form() { return form_; }
     void BOk_Click();
     void BCancel_Click();
 
@@ -31,12 +31,11 @@ protected:
     void hideEvent(QHideEvent* e) override;
 
 private:
-    link::ComPort& port_;
-    link::ComSettingsForm form_;
-    QComboBox* portNumber_ = nullptr;
-    QLineEdit* timeout_ = nullptr;
-    QLineEdit* connectTimeout_ = nullptr;
-    QLineEdit* connectRetry_ = nullptr;
+  forms::FComPort form_;
+  QComboBox* portNumber_ = nullptr;
+  QLineEdit* timeout_ = nullptr;
+  QLineEdit* connectTimeout_ = nullptr;
+  QLineEdit* connectRetry_ = nullptr;
 };
 
 }  // namespace vortelm::ui

@@ -8,7 +8,8 @@
 
 namespace vortelm::ui {
 
-FTerminalSettings::FTerminalSettings(ProgramState& st, QWidget* parent) : QDialog(parent), st_(st) {
+FTerminalSettings::FTerminalSettings(ProgramState& st, QWidget* parent)
+    : QDialog(parent), form_(st) {
     setObjectName(QStringLiteral("FTerminalSettings"));
     setWindowTitle(QStringLiteral("Terminal Settings"));
     auto* group = new QGroupBox(QStringLiteral("Show bytes from the target as"));
@@ -19,8 +20,8 @@ FTerminalSettings::FTerminalSettings(ProgramState& st, QWidget* parent) : QDialo
     auto* gl = new QVBoxLayout(group);
     gl->addWidget(ascii_);
     gl->addWidget(hex_);
-    connect(ascii_, &QRadioButton::clicked, this, [this]() { workingMode = 2; });
-    connect(hex_, &QRadioButton::clicked, this, [this]() { workingMode = 1; });
+    connect(ascii_, &QRadioButton::clicked, this, [this]() { form_.OTModeASCII_Click(); });
+    connect(hex_, &QRadioButton::clicked, this, [this]() { form_.OTModeHex_Click(); });
 
     auto* buttons = new QDialogButtonBox;
     QPushButton* ok = buttons->addButton(QDialogButtonBox::Ok);
@@ -32,24 +33,20 @@ FTerminalSettings::FTerminalSettings(ProgramState& st, QWidget* parent) : QDialo
     auto* lay = new QVBoxLayout(this);
     lay->addWidget(group);
     lay->addWidget(buttons);
-    GetPreferences();
-}
-
-void FTerminalSettings::GetPreferences() {
-    workingMode = st_.TMODE;
-    if (workingMode == 1)
+    if (form_.hexMode())
         hex_->setChecked(true);
     else
         ascii_->setChecked(true);
 }
 
-void FTerminalSettings::SetPreferences() { st_.TMODE = workingMode; }
-
 void FTerminalSettings::BOk_Click() {
-    SetPreferences();
+    form_.BOk_Click();
     accept();
 }
 
-void FTerminalSettings::BCancel_Click() { reject(); }
+void FTerminalSettings::BCancel_Click() {
+    form_.BCancel_Click();
+    reject();
+}
 
 }  // namespace vortelm::ui

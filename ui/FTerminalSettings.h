@@ -1,10 +1,10 @@
 #pragma once
-// The terminal settings dialog: hexadecimal or text display of what the
-// target sends.
+// The terminal settings dialog: draws forms::FTerminalSettings (hexadecimal
+// or text display of what the target sends) and forwards its events.
 
 #include <QDialog>
 
-#include "core/ProgramState.h"
+#include "forms/FTerminalSettings.h"
 
 class QRadioButton;
 
@@ -15,17 +15,14 @@ class FTerminalSettings : public QDialog {
 public:
     FTerminalSettings(ProgramState& st, QWidget* parent = nullptr);
 
-    void GetPreferences();
-    void SetPreferences();
+    [[nodiscard]] forms::FTerminalSettings& form() { return form_; }
     void BOk_Click();
     void BCancel_Click();
 
-    int16_t workingMode = 2;
-
 private:
-    ProgramState& st_;
-    QRadioButton* ascii_ = nullptr;
-    QRadioButton* hex_ = nullptr;
+  forms::FTerminalSettings form_;
+  QRadioButton* ascii_ = nullptr;
+  QRadioButton* hex_ = nullptr;
 };
 
 }  // namespace vortelm::ui

@@ -28,6 +28,7 @@
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "forms/FVortElm.h"
 #include "link/ComPort.h"
 #include "shell/Program.h"
 #include "target/Target.h"
@@ -253,8 +254,23 @@ QWidget* FVortElm::buildHexPage() {
     box->setObjectName(QStringLiteral("XHexPage"));
     auto* outer = new QVBoxLayout(box);
     outer->setContentsMargins(0, 0, 0, 0);
+    outer->addLayout(buildPageBar());
+    auto* gridRow = new QHBoxLayout;
+    gridRow->addWidget(buildMemGrid(), 1);
+    memPage_ = new QScrollBar(Qt::Vertical);
+    memPage_->setObjectName(QStringLiteral("SMemPage"));
+    // The values above 4080 are taken back to 4080 by the page.
+    memPage_->setRange(0, 4095);
+    memPage_->setPageStep(16);
+    connect(memPage_, &QScrollBar::valueChanged, this,
+            [this](int v) { guarded([&]() { page_->scrollChanged(v); }); });
+    gridRow->addWidget(memPage_);
+    outer->addLayout(gridRow);
+    return box;
+}
 
-    // The page box, the segment buttons and the display selection.
+// The page box, the segment buttons and the display selection.
+QLayout* FVortElm::buildPageBar() {
     auto* bar = new QHBoxLayout;
     auto* label = new QLabel(QStringLiteral("Address:"));
     label->setObjectName(QStringLiteral("LActPage"));
@@ -296,10 +312,11 @@ QWidget* FVortElm::buildHexPage() {
     bar->addSpacing(8);
     bar->addWidget(selectWindow);
     bar->addStretch(1);
-    outer->addLayout(bar);
+    return bar;
+}
 
-    // The grid: addresses, 16 x 16 cells, the text column, the scroll bar.
-    auto* gridRow = new QHBoxLayout;
+// The grid: addresses, 16 x 16 cells and the text column.
+QWidget* FVortElm::buildMemGrid() {
     auto* grid = new QWidget;
     grid->setObjectName(QStringLiteral("XMemGrid"));
     grid->setAutoFillBackground(true);
@@ -344,17 +361,7 @@ QWidget* FVortElm::buildHexPage() {
         g->addWidget(al, 1 + r, 19);
     }
     g->setColumnStretch(20, 1);
-    memPage_ = new QScrollBar(Qt::Vertical);
-    memPage_->setObjectName(QStringLiteral("SMemPage"));
-    // The values above 4080 are taken back to 4080 by the page.
-    memPage_->setRange(0, 4095);
-    memPage_->setPageStep(16);
-    connect(memPage_, &QScrollBar::valueChanged, this,
-            [this](int v) { guarded([&]() { page_->scrollChanged(v); }); });
-    gridRow->addWidget(grid, 1);
-    gridRow->addWidget(memPage_);
-    outer->addLayout(gridRow);
-    return box;
+    return grid;
 }
 
 QWidget* FVortElm::buildTerminal() {
@@ -639,13 +646,12 @@ void FVortElm::gotoPage(int32_t page) {
 void FVortElm::refreshStatus() {
     comState_->setText(QString::fromStdString(program_.port().GetComState()));
     stateText_->setText(QString::fromStdString(target::StatusText(st_.ConnectionState)));
-    const QColor colour = st_.ConnectionState == 0   ? QColor(0xD9, 0x36, 0x2B)
-                          : st_.ConnectionState == 1 ? QColor(0x2E, 0xA0, 0x43)
-                                                     : QColor(0xE8, 0xB3, 0x0E);
+    const forms::StatusLamp lamp = forms::FVortElm(st_).statusLamp();
+    const QColor colour = lamp == forms::StatusLamp::Red     ? QColor(0xD9, 0x36, 0x2B)
+                          : lamp == forms::StatusLamp::Green ? QColor(0x2E, 0xA0, 0x43)
+                                                             : QColor(0xE8, 0xB3, 0x0E);
     lamp_->setPixmap(Lamp(colour));
-    lamp_->setProperty("lamp", st_.ConnectionState == 0   ? "XStatusRed"
-                               : st_.ConnectionState == 1 ? "XStatusGreen"
-                                                          : "XStatusYellow");
+    lamp_->setProperty("lamp", forms::FVortElm::LampName(lamp));
     controller_->setText(QString::fromStdString(st_.MCTYPE));
 }
 
@@ -655,29 +661,11 @@ void FVortElm::setFeatureVisible(const char* name, bool visible) {
 }
 
 void FVortElm::refreshFeatureButtons() {
-    static constexpr std::array<const char*, 7> flash{"BProgram", "BErase",  "BProtect", "BUnprotect",
-                                                      "BLock",    "BUnlock", "BStatus"};
-    static constexpr std::array<const char*, 7> features{"PROGRAM", "ERASE",  "PROTECT", "UNPROTECT",
-                                                         "LOCK",    "UNLOCK", "STATUS"};
-    for (const char* n : flash) setFeatureVisible(n, false);
-    setFeatureVisible("BASC02ASC1", false);
-    const int k = st_.CurrentKernel;
-    if (st_.ConnectionState != 0 && k >= 0 && k <= kKernelBound) {
-        const Kernel& kernel = st_.kernels[static_cast<size_t>(k)];
-        for (int i = 0; i < kernel.featureCount && i < static_cast<int>(kernel.features.size()); ++i) {
-            const std::string& f = kernel.features[static_cast<size_t>(i)].name;
-            if (f == "ASC02ASC1") setFeatureVisible("BASC02ASC1", true);
-            for (size_t j = 0; j < features.size(); ++j)
-                if (f == features[j]) setFeatureVisible(flash[j], true);
-        }
-    }
-    for (int i = 0; i < 8; ++i) {
-        const UserScript& us = st_.userScripts[static_cast<size_t>(i)];
-        const std::string name = "BFunc" + std::to_string(i);
-        const bool defined = !us.path.empty();
-        setFeatureVisible(name.c_str(), defined);
-        if (auto* b = findChild<QToolButton*>(QString::fromStdString(name)); b && defined)
-            b->setText(QString::fromStdString(us.name));
+    for (const forms::FeatureButton& f : forms::FVortElm(st_).featureButtons()) {
+        setFeatureVisible(f.name.c_str(), f.visible);
+        if (!f.caption) continue;
+        if (auto* b = findChild<QToolButton*>(QString::fromStdString(f.name)))
+            b->setText(QString::fromStdString(*f.caption));
     }
 }
 

@@ -11,13 +11,14 @@
 #include <memory>
 #include <string>
 
+#include "forms/HexPage.h"
 #include "shell/CommandBox.h"
-#include "ui/HexPage.h"
 #include "ui/QtHost.h"
 
 class QAction;
 class QComboBox;
 class QLabel;
+class QLayout;
 class QLineEdit;
 class QMenu;
 class QPlainTextEdit;
@@ -35,6 +36,11 @@ struct Target;
 }
 
 namespace vortelm::ui {
+
+using forms::CellLook;
+using forms::HexKey;
+using forms::HexPage;
+using forms::HexPageView;
 
 class FDisassemble;
 class HexCell;
@@ -108,6 +114,8 @@ protected:
 private:
     friend class HexCell;
     QWidget* buildHexPage();
+    QLayout* buildPageBar();
+    QWidget* buildMemGrid();
     QWidget* buildTerminal();
     void buildMenus();
     void buildToolBar();

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "apps/SimOpener.h"
 #include "apps/vortelm-cli/CliHost.h"
 #include "shell/Program.h"
 
@@ -136,6 +137,7 @@ int main(int argc, char** argv) {
     std::signal(SIGCHLD, SIG_IGN);
 
     vortelm::cli::CliHost host(answerYes);
+    vortelm::apps::AddSimOpener(options.openers);
     vortelm::shell::Program program(host, options);
     program.StartUp();
 

@@ -89,10 +89,8 @@ bool WriteAll(int fd, const uint8_t* p, std::size_t n, std::vector<uint8_t>& pen
     return true;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    Args a;
+// Reads the options into a. Returns -1 to go on, else the exit code.
+int ParseArgs(int argc, char** argv, Args& a) {
     a.sim.pace = true;
     a.sim.flashReal = true;
     for (int i = 1; i < argc; ++i) {
@@ -122,186 +120,266 @@ int main(int argc, char** argv) {
             return Usage("unknown option " + o);
         }
     }
+    return -1;
+}
+
+// The descriptors of the host side: a pseudo-terminal (master and our own
+// slave) or a TCP listener and its one client.
+struct Endpoints {
+    int master = -1;
+    int slave = -1;
+    int listener = -1;
+    int client = -1;
+
+    void closeClient() {
+        if (client < 0) return;
+        ::close(client);
+        client = -1;
+    }
+    void closeAll() {
+        if (client >= 0) ::close(client);
+        if (listener >= 0) ::close(listener);
+        if (slave >= 0) ::close(slave);
+        if (master >= 0) ::close(master);
+    }
+};
+
+// Makes the pseudo-terminal and prints its slave path. False on failure.
+bool OpenPty(Endpoints& e) {
+    e.master = posix_openpt(O_RDWR | O_NOCTTY);
+    if (e.master < 0 || grantpt(e.master) != 0 || unlockpt(e.master) != 0) {
+        std::perror("vortelm-sim: pseudo-terminal");
+        return false;
+    }
+    const char* name = ptsname(e.master);
+    if (!name) return false;
+    const std::string path = name;
+    // Keep the slave open ourselves: a host that closes and reopens the
+    // port does not end the session, and we can read its settings.
+    e.slave = ::open(path.c_str(), O_RDWR | O_NOCTTY);
+    if (e.slave < 0) {
+        std::perror("vortelm-sim: slave");
+        return false;
+    }
+    termios t{};
+    tcgetattr(e.slave, &t);
+    cfmakeraw(&t);
+    cfsetispeed(&t, B9600);
+    cfsetospeed(&t, B9600);
+    tcsetattr(e.slave, TCSANOW, &t);
+    vortelm::simapp::SetExtproc(e.slave);
+    int one = 1;
+    ioctl(e.master, TIOCPKT, &one);
+    fcntl(e.master, F_SETFL, fcntl(e.master, F_GETFL) | O_NONBLOCK);
+    std::printf("%s\n", path.c_str());
+    return true;
+}
+
+// Listens on 127.0.0.1:port and prints the address. False on failure.
+bool OpenTcp(int port, Endpoints& e) {
+    e.listener = ::socket(AF_INET, SOCK_STREAM, 0);
+    int yes = 1;
+    setsockopt(e.listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    sockaddr_in sa{};
+    sa.sin_family = AF_INET;
+    sa.sin_port = htons(static_cast<uint16_t>(port));
+    sa.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t len = sizeof sa;
+    if (::bind(e.listener, reinterpret_cast<sockaddr*>(&sa), sizeof sa) != 0 ||
+        ::listen(e.listener, 1) != 0 ||
+        getsockname(e.listener, reinterpret_cast<sockaddr*>(&sa), &len) != 0) {
+        std::perror("vortelm-sim: tcp");
+        return false;
+    }
+    std::printf("127.0.0.1:%d\n", ntohs(sa.sin_port));
+    return true;
+}
+
+// The board on its line and the loop that serves the host side and the
+// lines on standard input.
+class BoardProgram {
+  public:
+    BoardProgram(Board& board, Line& line, Endpoints& e) : board_(board), line_(line), e_(e) {}
+
+    void run() {
+        followRate();
+        int64_t lastRateCheck = NowUs();
+        while (running_) {
+            deliverDue();
+            if (line_.hungUp()) {
+                // the line is gone: drop the connection, as a pulled cable would
+                e_.closeClient();
+                if (e_.master >= 0) break;
+            }
+            std::vector<pollfd> fds = pollSet();
+            if (::poll(fds.data(), fds.size(), pollTimeoutMs()) < 0 && errno != EINTR) break;
+            const int64_t now = NowUs();
+            for (const auto& p : fds) {
+                if (!p.revents) continue;
+                if (p.fd == 0) {
+                    if (!readStdin(now)) break;
+                } else if (p.fd == e_.listener) {
+                    acceptClient();
+                } else if (p.fd == e_.master || p.fd == e_.client) {
+                    serveHost(p, now);
+                }
+            }
+            // Also look now and then, in case an event was missed.
+            if (now - lastRateCheck > 100000) {
+                followRate();
+                lastRateCheck = now;
+            }
+        }
+    }
+
+  private:
+    // The host's line settings, as the pseudo-terminal's slave has them.
+    void followRate() {
+        if (e_.slave < 0) return;
+        const auto s = vortelm::simapp::ReadSlaveSettings(e_.slave);
+        if (s.rate > 0) line_.setHostRate(s.rate, s.eightNone);
+        if (!s.extproc) vortelm::simapp::SetExtproc(e_.slave);
+    }
+
+    // Delivers what is due; when late, everything due goes at once.
+    void deliverDue() {
+        const int out = e_.master >= 0 ? e_.master : e_.client;
+        uint8_t buf[4096];
+        std::size_t k = 0;
+        while ((k = line_.hostRead(buf, NowUs())) > 0) {
+            if (out >= 0 && !WriteAll(out, buf, k, pending_)) {
+                e_.closeClient();
+                break;
+            }
+        }
+    }
+
+    [[nodiscard]] int pollTimeoutMs() const {
+        int timeoutMs = 100;
+        if (auto next = line_.nextEvent()) {
+            const int64_t d = *next - NowUs();
+            timeoutMs = d <= 0 ? 0 : static_cast<int>(std::min<int64_t>((d + 999) / 1000, 100));
+        }
+        return timeoutMs;
+    }
+
+    [[nodiscard]] std::vector<pollfd> pollSet() const {
+        const auto inOut = static_cast<short>(POLLIN | (pending_.empty() ? 0 : POLLOUT));
+        std::vector<pollfd> fds;
+        fds.push_back({0, POLLIN, 0});
+        if (e_.master >= 0) fds.push_back({e_.master, inOut, 0});
+        if (e_.listener >= 0 && e_.client < 0) fds.push_back({e_.listener, POLLIN, 0});
+        if (e_.client >= 0) fds.push_back({e_.client, inOut, 0});
+        return fds;
+    }
+
+    // Takes what standard input has and runs its complete lines. False (and
+    // the program ends) at the end of input.
+    bool readStdin(int64_t now) {
+        char buf[1024];
+        const ssize_t k = ::read(0, buf, sizeof buf);
+        if (k <= 0) {
+            running_ = false;
+            return false;
+        }
+        stdinBuf_.append(buf, static_cast<std::size_t>(k));
+        std::size_t nl = 0;
+        while ((nl = stdinBuf_.find('\n')) != std::string::npos) {
+            std::string cmd = stdinBuf_.substr(0, nl);
+            stdinBuf_.erase(0, nl + 1);
+            if (!cmd.empty() && cmd.back() == '\r') cmd.pop_back();
+            runCommand(cmd, now);
+            std::fflush(stdout);
+        }
+        return true;
+    }
+
+    // One line of standard input: reset, reset run, print TEXT, status.
+    void runCommand(const std::string& cmd, int64_t now) {
+        if (cmd == "reset") {
+            line_.boardReset(now);
+            board_.powerOn();
+        } else if (cmd == "reset run") {
+            line_.boardReset(now);
+            board_.runApplication();
+        } else if (cmd.rfind("print ", 0) == 0 || cmd == "print") {
+            std::string text = cmd.size() > 6 ? cmd.substr(6) : std::string{};
+            text += "\r\n";
+            line_.boardSend(std::vector<uint8_t>(text.begin(), text.end()), now);
+        } else if (cmd == "status") {
+            std::printf("status %s host-rate=%.0f\n", board_.status().c_str(), line_.hostRate());
+        } else if (!cmd.empty()) {
+            std::printf("unknown command: %s\n", cmd.c_str());
+        }
+    }
+
+    void acceptClient() {
+        e_.client = ::accept(e_.listener, nullptr, nullptr);
+        if (e_.client >= 0) fcntl(e_.client, F_SETFL, fcntl(e_.client, F_GETFL) | O_NONBLOCK);
+    }
+
+    // Writes what is pending to the host and passes what the host sent to
+    // the line.
+    void serveHost(const pollfd& p, int64_t now) {
+        if ((p.revents & POLLOUT) && !pending_.empty()) {
+            std::vector<uint8_t> rest;
+            rest.swap(pending_);
+            if (!WriteAll(p.fd, rest.data(), rest.size(), pending_) && p.fd == e_.client) {
+                e_.closeClient();
+                return;
+            }
+        }
+        if (!(p.revents & (POLLIN | POLLHUP | POLLERR))) return;
+        uint8_t buf[4097];
+        const ssize_t k = ::read(p.fd, buf, sizeof buf);
+        if (p.fd == e_.client && k <= 0) {
+            if (k == 0 || (errno != EAGAIN && errno != EINTR)) e_.closeClient();
+            return;
+        }
+        if (k <= 0) return;
+        if (p.fd == e_.master) {
+            // packet mode: a status byte first; data behind TIOCPKT_DATA
+            if (buf[0] == TIOCPKT_DATA) {
+                if (k > 1)
+                    line_.hostWrite(
+                        std::span<const uint8_t>(buf + 1, static_cast<std::size_t>(k - 1)), now);
+            } else if (buf[0] & TIOCPKT_IOCTL) {
+                followRate();
+            }
+        } else {
+            line_.hostWrite(std::span<const uint8_t>(buf, static_cast<std::size_t>(k)), now);
+        }
+    }
+
+    Board& board_;
+    Line& line_;
+    Endpoints& e_;
+    std::string stdinBuf_;
+    std::vector<uint8_t> pending_;  // board bytes the host side did not take yet
+    bool running_ = true;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Args a;
+    if (const int code = ParseArgs(argc, argv, a); code >= 0) return code;
     const BoardModel* found = FindBoardModel(a.controller);
     if (!found) return Usage("no board for controller " + a.controller);
     BoardModel model = *found;
     if (a.sim.clk) model.clk = a.sim.clk;
     std::signal(SIGPIPE, SIG_IGN);
 
-    Board board(model, a.sim.flashReal ? FlashTimes::Real() : FlashTimes{}, a.sim.faults, a.sim.seed);
-    LineOptions lo{a.sim.kline, a.sim.pace, a.sim.latencyMs * 1000.0, a.tcpPort < 0, a.sim.tracePath};
+    Board board(model, a.sim.flashReal ? FlashTimes::Real() : FlashTimes{}, a.sim.faults,
+                a.sim.seed);
+    LineOptions lo{a.sim.kline, a.sim.pace, a.sim.latencyMs * 1000.0, a.tcpPort < 0,
+                   a.sim.tracePath};
     Line line(board, lo, a.sim.faults, a.sim.seed);
 
-    int master = -1, slave = -1, listener = -1, client = -1;
-    if (a.tcpPort < 0) {
-        master = posix_openpt(O_RDWR | O_NOCTTY);
-        if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
-            std::perror("vortelm-sim: pseudo-terminal");
-            return 1;
-        }
-        const char* name = ptsname(master);
-        if (!name) return 1;
-        const std::string path = name;
-        // Keep the slave open ourselves: a host that closes and reopens the
-        // port does not end the session, and we can read its settings.
-        slave = ::open(path.c_str(), O_RDWR | O_NOCTTY);
-        if (slave < 0) {
-            std::perror("vortelm-sim: slave");
-            return 1;
-        }
-        termios t{};
-        tcgetattr(slave, &t);
-        cfmakeraw(&t);
-        cfsetispeed(&t, B9600);
-        cfsetospeed(&t, B9600);
-        tcsetattr(slave, TCSANOW, &t);
-        vortelm::simapp::SetExtproc(slave);
-        int one = 1;
-        ioctl(master, TIOCPKT, &one);
-        fcntl(master, F_SETFL, fcntl(master, F_GETFL) | O_NONBLOCK);
-        std::printf("%s\n", path.c_str());
-    } else {
-        listener = ::socket(AF_INET, SOCK_STREAM, 0);
-        int yes = 1;
-        setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-        sockaddr_in sa{};
-        sa.sin_family = AF_INET;
-        sa.sin_port = htons(static_cast<uint16_t>(a.tcpPort));
-        sa.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t len = sizeof sa;
-        if (::bind(listener, reinterpret_cast<sockaddr*>(&sa), sizeof sa) != 0 || ::listen(listener, 1) != 0 ||
-            getsockname(listener, reinterpret_cast<sockaddr*>(&sa), &len) != 0) {
-            std::perror("vortelm-sim: tcp");
-            return 1;
-        }
-        std::printf("127.0.0.1:%d\n", ntohs(sa.sin_port));
-    }
+    Endpoints e;
+    if (!(a.tcpPort < 0 ? OpenPty(e) : OpenTcp(a.tcpPort, e))) return 1;
     std::fflush(stdout);
-
-    auto followRate = [&] {
-        if (slave < 0) return;
-        const auto s = vortelm::simapp::ReadSlaveSettings(slave);
-        if (s.rate > 0) line.setHostRate(s.rate, s.eightNone);
-        if (!s.extproc) vortelm::simapp::SetExtproc(slave);
-    };
-    followRate();
-
-    std::string stdinBuf;
-    std::vector<uint8_t> pending;  // board bytes the host side did not take yet
-    int64_t lastRateCheck = NowUs();
-    bool running = true;
-    while (running) {
-        const int out = master >= 0 ? master : client;
-        // Deliver what is due; when late, everything due goes at once.
-        {
-            uint8_t buf[4096];
-            std::size_t k = 0;
-            while ((k = line.hostRead(buf, NowUs())) > 0) {
-                if (out >= 0 && !WriteAll(out, buf, k, pending)) {
-                    if (client >= 0) {
-                        ::close(client);
-                        client = -1;
-                    }
-                    break;
-                }
-            }
-        }
-        if (line.hungUp()) {
-            // the line is gone: drop the connection, as a pulled cable would
-            if (client >= 0) {
-                ::close(client);
-                client = -1;
-            }
-            if (master >= 0) break;
-        }
-        int timeoutMs = 100;
-        if (auto next = line.nextEvent()) {
-            const int64_t d = *next - NowUs();
-            timeoutMs = d <= 0 ? 0 : static_cast<int>(std::min<int64_t>((d + 999) / 1000, 100));
-        }
-        std::vector<pollfd> fds;
-        fds.push_back({0, POLLIN, 0});
-        if (master >= 0) fds.push_back({master, static_cast<short>(POLLIN | (pending.empty() ? 0 : POLLOUT)), 0});
-        if (listener >= 0 && client < 0) fds.push_back({listener, POLLIN, 0});
-        if (client >= 0) fds.push_back({client, static_cast<short>(POLLIN | (pending.empty() ? 0 : POLLOUT)), 0});
-        if (::poll(fds.data(), fds.size(), timeoutMs) < 0 && errno != EINTR) break;
-        const int64_t now = NowUs();
-        for (const auto& p : fds) {
-            if (!p.revents) continue;
-            if (p.fd == 0) {
-                char buf[1024];
-                const ssize_t k = ::read(0, buf, sizeof buf);
-                if (k <= 0) {
-                    running = false;
-                    break;
-                }
-                stdinBuf.append(buf, static_cast<std::size_t>(k));
-                std::size_t nl = 0;
-                while ((nl = stdinBuf.find('\n')) != std::string::npos) {
-                    std::string cmd = stdinBuf.substr(0, nl);
-                    stdinBuf.erase(0, nl + 1);
-                    if (!cmd.empty() && cmd.back() == '\r') cmd.pop_back();
-                    if (cmd == "reset") {
-                        line.boardReset(now);
-                        board.powerOn();
-                    } else if (cmd == "reset run") {
-                        line.boardReset(now);
-                        board.runApplication();
-                    } else if (cmd.rfind("print ", 0) == 0 || cmd == "print") {
-                        std::string text = cmd.size() > 6 ? cmd.substr(6) : std::string{};
-                        text += "\r\n";
-                        line.boardSend(std::vector<uint8_t>(text.begin(), text.end()), now);
-                    } else if (cmd == "status") {
-                        std::printf("status %s host-rate=%.0f\n", board.status().c_str(), line.hostRate());
-                    } else if (!cmd.empty()) {
-                        std::printf("unknown command: %s\n", cmd.c_str());
-                    }
-                    std::fflush(stdout);
-                }
-            } else if (p.fd == listener) {
-                client = ::accept(listener, nullptr, nullptr);
-                if (client >= 0) fcntl(client, F_SETFL, fcntl(client, F_GETFL) | O_NONBLOCK);
-            } else if (p.fd == master || p.fd == client) {
-                if ((p.revents & POLLOUT) && !pending.empty()) {
-                    std::vector<uint8_t> rest;
-                    rest.swap(pending);
-                    if (!WriteAll(p.fd, rest.data(), rest.size(), pending) && p.fd == client) {
-                        ::close(client);
-                        client = -1;
-                        continue;
-                    }
-                }
-                if (!(p.revents & (POLLIN | POLLHUP | POLLERR))) continue;
-                uint8_t buf[4097];
-                const ssize_t k = ::read(p.fd, buf, sizeof buf);
-                if (p.fd == client && k <= 0) {
-                    if (k == 0 || (errno != EAGAIN && errno != EINTR)) {
-                        ::close(client);
-                        client = -1;
-                    }
-                    continue;
-                }
-                if (k <= 0) continue;
-                if (p.fd == master) {
-                    // packet mode: a status byte first; data behind TIOCPKT_DATA
-                    if (buf[0] == TIOCPKT_DATA) {
-                        if (k > 1) line.hostWrite(std::span<const uint8_t>(buf + 1, static_cast<std::size_t>(k - 1)), now);
-                    } else if (buf[0] & TIOCPKT_IOCTL) {
-                        followRate();
-                    }
-                } else {
-                    line.hostWrite(std::span<const uint8_t>(buf, static_cast<std::size_t>(k)), now);
-                }
-            }
-        }
-        if (now - lastRateCheck > 100000) {  // also look now and then, in case an event was missed
-            followRate();
-            lastRateCheck = now;
-        }
-    }
-    if (client >= 0) ::close(client);
-    if (listener >= 0) ::close(listener);
-    if (slave >= 0) ::close(slave);
-    if (master >= 0) ::close(master);
+    BoardProgram(board, line, e).run();
+    e.closeAll();
     return 0;
 }

@@ -13,6 +13,7 @@
 #include <QPixmap>
 #include <QTimer>
 
+#include "apps/SimOpener.h"
 #include "shell/Program.h"
 #include "ui/FAbout.h"
 #include "ui/FVortElm.h"
@@ -47,49 +48,90 @@ struct Step {
     std::string text;
 };
 
-}  // namespace
-
-int main(int argc, char** argv) {
+struct Args {
     vortelm::shell::ProgramOptions options;
     std::vector<Step> steps;
     std::string screenshot;
     bool answerYes = false;
+};
+
+// Reads the options into a. Returns -1 to go on, else the exit code.
+int ParseArgs(int argc, char** argv, Args& a) {
     for (int i = 1; i < argc; ++i) {
-        const std::string_view a = argv[i];
+        const std::string_view w = argv[i];
         auto value = [&](std::string& into) {
             if (i + 1 >= argc) return false;
             into = argv[++i];
             return true;
         };
         std::string v;
-        if (a == "--help") {
+        if (w == "--help") {
             std::fputs(kHelp, stdout);
             return 0;
         }
-        if (a == "--version") {
+        if (w == "--version") {
             std::printf("vortelm %s\n", VORTELM_VERSION);
             return 0;
         }
-        if (a == "--home" || a == "--port" || a == "--press" || a == "--run" || a == "--screenshot") {
+        if (w == "--home" || w == "--port" || w == "--press" || w == "--run" ||
+            w == "--screenshot") {
             if (!value(v)) {
                 std::fprintf(stderr, "vortelm: %s needs a value\n%s", argv[i], kUsage);
                 return 2;
             }
-            if (a == "--home") options.home = v;
-            if (a == "--port") options.portOverride = v;
-            if (a == "--press") steps.push_back({true, v});
-            if (a == "--run") steps.push_back({false, v});
-            if (a == "--screenshot") screenshot = v;
-        } else if (a == "--yes") {
-            answerYes = true;
-        } else if (a.size() > 1 && a.front() == '-' && a.substr(0, 4) != "-qws" && a != "-") {
+            if (w == "--home") a.options.home = v;
+            if (w == "--port") a.options.portOverride = v;
+            if (w == "--press") a.steps.push_back({true, v});
+            if (w == "--run") a.steps.push_back({false, v});
+            if (w == "--screenshot") a.screenshot = v;
+        } else if (w == "--yes") {
+            a.answerYes = true;
+        } else if (w.size() > 1 && w.front() == '-' && w.substr(0, 4) != "-qws" && w != "-") {
             std::fprintf(stderr, "vortelm: unknown option %s\n%s", argv[i], kUsage);
             return 2;
         } else {
-            options.AddScriptWord(a);
+            a.options.AddScriptWord(w);
         }
     }
-    options.ResolveHome();
+    return -1;
+}
+
+// The --press and --run steps, in the order given, until the program ends.
+void RunSteps(vortelm::ui::FVortElm& window, const vortelm::shell::Program& program,
+              const std::vector<Step>& steps) {
+    for (const Step& s : steps) {
+        if (program.quitRequested()) break;
+        if (s.press) {
+            const QString name = QString::fromStdString(s.text);
+            if (auto* b = window.findChild<QAbstractButton*>(name))
+                b->click();
+            else if (auto* act = window.findChild<QAction*>(name))
+                act->trigger();
+            else
+                std::fprintf(stderr, "vortelm: no control named %s\n", s.text.c_str());
+        } else {
+            window.runCommandLine(QString::fromStdString(s.text));
+        }
+    }
+}
+
+// A picture of the window a moment after start-up, then the end.
+void TakeScreenshot(vortelm::ui::FVortElm& window, const std::string& screenshot) {
+    QTimer::singleShot(400, &window, [&window, &screenshot]() {
+        window.RefreshTerminalWindow();
+        const bool ok = window.grab().save(QString::fromStdString(screenshot), "PNG");
+        if (!ok) std::fprintf(stderr, "vortelm: cannot write %s\n", screenshot.c_str());
+        window.close();
+        QApplication::exit(ok ? 0 : 1);
+    });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Args args;
+    if (const int code = ParseArgs(argc, argv, args); code >= 0) return code;
+    args.options.ResolveHome();
     std::signal(SIGCHLD, SIG_IGN);
 
     int qtArgc = 1;
@@ -98,8 +140,9 @@ int main(int argc, char** argv) {
     QApplication::setStyle(QStringLiteral("Fusion"));
 
     vortelm::ui::QtHost host;
-    host.setAnswerBoxes(answerYes);
-    vortelm::shell::Program program(host, options);
+    host.setAnswerBoxes(args.answerYes);
+    vortelm::apps::AddSimOpener(args.options.openers);
+    vortelm::shell::Program program(host, args.options);
     vortelm::ui::FVortElm window(program, host);
     host.attach(&window);
     window.show();
@@ -117,33 +160,12 @@ int main(int argc, char** argv) {
         window.refreshFeatureButtons();
         window.refreshMemory();
         window.RefreshTerminalWindow();
-        for (const Step& s : steps) {
-            if (program.quitRequested()) break;
-            if (s.press) {
-                const QString name = QString::fromStdString(s.text);
-                if (auto* b = window.findChild<QAbstractButton*>(name))
-                    b->click();
-                else if (auto* act = window.findChild<QAction*>(name))
-                    act->trigger();
-                else
-                    std::fprintf(stderr, "vortelm: no control named %s\n", s.text.c_str());
-            } else {
-                window.runCommandLine(QString::fromStdString(s.text));
-            }
-        }
+        RunSteps(window, program, args.steps);
         if (program.quitRequested()) {
             window.close();
             return;
         }
-        if (!screenshot.empty()) {
-            QTimer::singleShot(400, &window, [&]() {
-                window.RefreshTerminalWindow();
-                const bool ok = window.grab().save(QString::fromStdString(screenshot), "PNG");
-                if (!ok) std::fprintf(stderr, "vortelm: cannot write %s\n", screenshot.c_str());
-                window.close();
-                QApplication::exit(ok ? 0 : 1);
-            });
-        }
+        if (!args.screenshot.empty()) TakeScreenshot(window, args.screenshot);
     });
     return QApplication::exec();
 }

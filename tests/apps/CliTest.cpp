@@ -124,7 +124,7 @@ TEST_F(Cli, PendingRowSaysSo) {
     vortelm::shell::BuildShellCommandTable(table);
     std::string name;
     for (int i = 0; i < table.shellCommandCount && name.empty(); ++i)
-        if (table.shellCommands[i].maxParameters == 0 && vortelm::shell::FindRow(table.shellCommands[i].id) == nullptr)
+        if (table.shellCommands[i].maxParameters == 0 && vortelm::shell::FindRow(table.shellCommands[i].name) == nullptr)
             name = table.shellCommands[i].name;
     if (name.empty()) GTEST_SKIP() << "every row without arguments is in the build";
     Run(name + "\n");

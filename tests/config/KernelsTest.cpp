@@ -192,6 +192,19 @@ TEST(Kernels, HasFeatureNeedsTheFlagAndNegativeMeansCurrent) {
     EXPECT_FALSE(HasFeature(*h.st, "READBLOCK", 0));
 }
 
+TEST(Kernels, HasFeatureIsFalseWithoutAKernelChosen) {
+    DataHome h;
+    h.write("kernel.dat", kTwoKernels);
+    ReadKernels(*h.st, "kernel.dat");
+    h.st->CurrentKernel = -1;
+    EXPECT_FALSE(HasFeature(*h.st, "READBLOCK", -1));
+    h.st->CurrentKernel = kKernelBound + 1;
+    EXPECT_FALSE(HasFeature(*h.st, "READBLOCK", -1));
+    EXPECT_FALSE(HasFeature(*h.st, "READBLOCK", kKernelBound + 1));
+    h.st->CurrentKernel = 0;
+    EXPECT_TRUE(HasFeature(*h.st, "READBLOCK", -1));
+}
+
 TEST(Kernels, IsDefaultKernelLeavesOutTheZt7000Names) {
     DataHome h;
     const char* names[] = {"ALD4_KLINE",  "ALD4_DEFAULT",   "ZTA9Y_DEFAULT",

@@ -46,7 +46,7 @@ TEST(Startup, ResetFillsFeatureNamesAndClearsTables) {
     h.st->initRegisterCount = 3;
     h.st->memoryUnitCount = 4;
     h.st->sfrCount = 5;
-    h.st->ConnectionState = 2;
+    h.st->ConnectionState = kUserProgramRunning;
     h.st->sfrSets[3].count = 2;
     h.st->currentSfrSet = 3;
     h.st->variables[7] = 1;

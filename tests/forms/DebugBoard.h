@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/SimOpener.h"
 #include "core/ProgramState.h"
 #include "core/TestHost.h"
 #include "image/Dump.h"
@@ -56,6 +57,7 @@ class DebugBoard : public ::testing::Test {
         o.home = home;
         o.dataSource = std::string(VORTELM_SOURCE_DIR) + "/data";
         o.portOverride = "sim:";
+        apps::AddSimOpener(o.openers);
         program = std::make_unique<shell::Program>(host, o);
         program->StartUp();
         std::ofstream(home + "/r.hex") << HexRecord(0xFA00, kRoutine) << ":00000001FF\n";

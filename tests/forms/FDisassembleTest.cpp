@@ -131,7 +131,7 @@ TEST_F(Debug, GoFromABreakpointPassesItOnceAndStopsThereNextTime) {
 }
 
 TEST_F(Debug, NothingHappensUnlessReady) {
-    st().ConnectionState = 2;
+    st().ConnectionState = kUserProgramRunning;
     form->BGo_Click();
     form->BStep_Click();
     form->IBreakpoints_Click(0);

@@ -196,7 +196,7 @@ TEST_F(ComPortTest, ReceiveEventShowsTerminalTextInHex) {
 }
 
 TEST_F(ComPortTest, ReceiveEventReturnToMonitor) {
-    st.ConnectionState = 2;
+    st.ConnectionState = kUserProgramRunning;
     port.setReceiveThreshold(1);
     ch->arrive(std::vector<uint8_t>{st.codes.A_ACK2, 0x55, 0x66});
     host.yield(host.clockUs + 1000);
@@ -207,7 +207,7 @@ TEST_F(ComPortTest, ReceiveEventReturnToMonitor) {
 }
 
 TEST_F(ComPortTest, ReceiveEventAck2OutsideACallIsTerminalText) {
-    st.ConnectionState = 1;
+    st.ConnectionState = kConnectedAndReady;
     st.TMODE = 1;
     port.setReceiveThreshold(1);
     ch->arrive(std::vector<uint8_t>{st.codes.A_ACK2});
@@ -217,7 +217,7 @@ TEST_F(ComPortTest, ReceiveEventAck2OutsideACallIsTerminalText) {
 }
 
 TEST_F(ComPortTest, ReceiveEventDebuggerReturn) {
-    st.ConnectionState = 3;
+    st.ConnectionState = kDebugging;
     int calls = 0;
     int thresholdSeen = -1;
     port.onDebuggerReturn = [&] {
@@ -233,7 +233,7 @@ TEST_F(ComPortTest, ReceiveEventDebuggerReturn) {
 }
 
 TEST_F(ComPortTest, ApplicationStartedWithoutDebuggerIsTerminalText) {
-    st.ConnectionState = 1;
+    st.ConnectionState = kConnectedAndReady;
     int calls = 0;
     port.onDebuggerReturn = [&] { ++calls; };
     port.setReceiveThreshold(1);

@@ -269,6 +269,20 @@ TEST(SfrTable, LookupsByAddressAndShort) {
     EXPECT_EQ(SfrIndexByShort(*h.st, 0x12), -1);
 }
 
+TEST(SfrTable, LookupByNameIgnoresCaseAndStaysInsideTheTable) {
+    DataHome h;
+    Load(h, "SFR 0xFF12 SYSCON\n");
+    EXPECT_EQ(SfrAddressByName(*h.st, "syscon"), 0xFF12);
+    EXPECT_EQ(SfrIndexByName(*h.st, "SysCon"), SfrIndexByName(*h.st, "SYSCON"));
+    // A count beyond the records held searches only what is there.
+    h.st->sfrTable.resize(3);
+    h.st->sfrCount = 10;
+    EXPECT_EQ(SfrIndexByName(*h.st, "NOSUCH"), -1);
+    EXPECT_EQ(SfrIndexByAddress(*h.st, 0x123456), -1);
+    h.st->sfrCount = -4;
+    EXPECT_EQ(SfrIndexByName(*h.st, "SYSCON"), -1);
+}
+
 // The exchange sort of the old design, kept here as the reference.
 std::vector<std::string> ExchangeSort(std::vector<SfrRecord> v) {
     for (size_t i = 0; i < v.size(); ++i)

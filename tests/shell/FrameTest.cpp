@@ -430,7 +430,7 @@ TEST_F(Frame, StatusWords) {
 TEST_F(Frame, RefreshAfterEveryLineWhenConnected) {
     Run("_test");
     EXPECT_EQ(host.refreshMemoryCount, 0);
-    st->ConnectionState = 1;
+    st->ConnectionState = kConnectedAndReady;
     Run("_nothing", -1);
     EXPECT_EQ(host.refreshMemoryCount, 1);
     EXPECT_EQ(host.refreshSfrViewCount, 1);
@@ -443,7 +443,7 @@ TEST_F(Frame, RefreshAfterEveryLineWhenConnected) {
     s.readSfrView = [&] { ++reads; };
     Run("_test");
     EXPECT_EQ(reads, 1);
-    st->ConnectionState = 2;
+    st->ConnectionState = kUserProgramRunning;
     Run("_test");
     EXPECT_EQ(host.refreshMemoryCount, 3);
 }

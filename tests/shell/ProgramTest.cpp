@@ -105,7 +105,7 @@ TEST(Program, StartUpBuildsTheShellAndResets) {
     TestHost host;
     Program p(host, Options(home.path, home.path));
     p.state().variables[5] = 9;
-    p.state().ConnectionState = 3;
+    p.state().ConnectionState = kDebugging;
     p.state().logFileName = "x.txt";
     p.StartUp();
     EXPECT_EQ(p.session().table.shellCommandCount, 87);

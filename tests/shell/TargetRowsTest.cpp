@@ -32,7 +32,7 @@ struct TargetRows : ::testing::Test {
         port.attach(std::move(b));
         s.port = &port;
         s.target = &tgt;
-        st->ConnectionState = 1;
+        st->ConnectionState = kConnectedAndReady;
         st->KernelStartAddress = 0xF600;
         st->KernelEndAddress = 0xF8FF;
         features({"READBLOCK", "WRITEBLOCK", "WRITESEQ", "SETPROTECTION"});
@@ -141,7 +141,7 @@ TEST_F(TargetRows, SrstAndJmpLeaveAUserProgramRunning) {
     Run("_srst");
     EXPECT_EQ(result, 0);
     EXPECT_EQ(st->ConnectionState, 2);
-    st->ConnectionState = 1;
+    st->ConnectionState = kConnectedAndReady;
     Run("_jmp 10000");
     EXPECT_EQ(result, 0);
     EXPECT_EQ(st->ConnectionState, 2);

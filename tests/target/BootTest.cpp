@@ -221,12 +221,12 @@ TEST_F(Boot, ReconnectAndDisconnect) {
     EXPECT_EQ(target::reconnect(tgt), -1);
     EXPECT_TRUE(logged("*ERROR: Monitor not ready"));
     EXPECT_EQ(st.ConnectionState, 0);
-    st.ConnectionState = 1;
+    st.ConnectionState = kConnectedAndReady;
     EXPECT_EQ(target::disconnect(tgt), 0);
     EXPECT_TRUE(logged("*disconnect: vortelm disconnected - comm port available"));
     EXPECT_EQ(st.ConnectionState, 0);
     // already closed: nothing happens
-    st.ConnectionState = 2;
+    st.ConnectionState = kUserProgramRunning;
     const std::string before = text();
     EXPECT_EQ(target::disconnect(tgt), 0);
     EXPECT_EQ(st.ConnectionState, 2);
@@ -274,7 +274,7 @@ TEST_F(Boot, CheckOffLeavesAPulledCableUnnoticed) {
 
 TEST_F(Boot, CheckSkipsStatesOtherThanOne) {
     ASSERT_EQ(target::connect(tgt, 0), 0);
-    st.ConnectionState = 2;
+    st.ConnectionState = kUserProgramRunning;
     board->commands.clear();
     host.yield(host.now + 100'000);
     EXPECT_TRUE(board->commands.empty());
@@ -291,10 +291,22 @@ TEST_F(Boot, StatusTexts) {
     EXPECT_EQ(target::StatusText(7), "DRIVER RUNNING");
 }
 
+TEST_F(Boot, StatusTextsByTheStatesNames) {
+    EXPECT_EQ(target::StatusText(kNotConnected), "NOT CONNECTED");
+    EXPECT_EQ(target::StatusText(kConnectedAndReady), "CONNECTED AND READY");
+    EXPECT_EQ(target::StatusText(kUserProgramRunning), "USER PROGRAM RUNNING");
+    EXPECT_EQ(target::StatusText(kDebugging), "DEBUGGING ");
+    EXPECT_EQ(target::StatusText(kStepMode), "STEP MODE");
+    EXPECT_EQ(target::StatusText(kDebuggingToBreakpoint), "DEBUGGING ");
+    EXPECT_EQ(target::StatusText(kStepModeToBreakpoint), "STEP MODE ");
+    EXPECT_EQ(target::StatusText(kDriverRunning), "DRIVER RUNNING");
+    EXPECT_EQ(sizeof(Connection), sizeof(int16_t));
+}
+
 TEST_F(Boot, PreconditionsLogTheirLines) {
     EXPECT_EQ(target::CheckPreconditions(st, "READBLOCK"), -100);
     EXPECT_TRUE(logged("*ERROR: Not Connected to Target"));
-    st.ConnectionState = 1;
+    st.ConnectionState = kConnectedAndReady;
     EXPECT_EQ(target::CheckPreconditions(st, "NOSUCH"), -101);
     EXPECT_TRUE(logged("*ERROR: Kernel feature not supported "));
     EXPECT_EQ(target::CheckPreconditions(st, "READBLOCK"), 0);

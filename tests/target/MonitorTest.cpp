@@ -234,7 +234,7 @@ TEST_F(Monitor, ReadSfrWithAndWithoutReadWord) {
     EXPECT_EQ(mon.cmd_readsfr("SYSCON"), 0);
     // two block exchanges, each with its checksum
     EXPECT_EQ(board->commands, (std::vector<uint8_t>{0x85, 0x33, 0x85, 0x33}));
-    st.ConnectionState = 0;
+    st.ConnectionState = kNotConnected;
     EXPECT_EQ(mon.cmd_readsfr("SYSCON"), -2);
 }
 

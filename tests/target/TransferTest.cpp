@@ -23,12 +23,12 @@ protected:
 };
 
 TEST_F(Transfer, NotConnectedAndMissingFeature) {
-    st.ConnectionState = 0;
+    st.ConnectionState = kNotConnected;
     EXPECT_EQ(target::download(tgt), -100);
     EXPECT_EQ(target::upload(tgt, -1), -100);
     EXPECT_EQ(target::compare(tgt, ""), -100);
     EXPECT_EQ(count("*ERROR: Not Connected to Target"), 3u);
-    st.ConnectionState = 1;
+    st.ConnectionState = kConnectedAndReady;
     setFeatures({});
     EXPECT_EQ(target::download(tgt), -101);
     EXPECT_EQ(target::upload(tgt, -1), -101);
@@ -189,7 +189,7 @@ TEST_F(Transfer, ProgressReachesTheHost) {
 }
 
 TEST_F(Transfer, XorChecksums) {
-    st.ConnectionState = 0;  // no target needed
+    st.ConnectionState = kNotConnected;  // no target needed
     load(0x11, {0x12, 0x34, 0x56});
     EXPECT_EQ(target::xorChecksum(st, 1), 0);
     EXPECT_TRUE(logged("*Checksum: " + HexText(0x12 ^ 0x34 ^ 0x56, 2) + "  \r\n"));

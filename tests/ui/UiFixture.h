@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 
+#include "apps/SimOpener.h"
 #include "image/Dump.h"
 #include "shell/Program.h"
 #include "ui/FVortElm.h"
@@ -43,6 +44,7 @@ protected:
         shell::ProgramOptions o;
         o.home = home + "/home";
         o.portOverride = "sim:";
+        apps::AddSimOpener(o.openers);
         host = std::make_unique<ui::QtHost>();
         host->setAnswerBoxes(true);
         program = std::make_unique<shell::Program>(*host, o);

@@ -125,11 +125,11 @@ TEST_F(Window, StatusAfterConnectAndDisconnect) {
 }
 
 TEST_F(Window, OtherStatesShowTheYellowLamp) {
-    st().ConnectionState = 2;
+    st().ConnectionState = kUserProgramRunning;
     window->refreshStatus();
     EXPECT_EQ(find<QLabel>("XConnectionState")->text(), "USER PROGRAM RUNNING");
     EXPECT_EQ(find<QLabel>("XStatusLamp")->property("lamp").toString(), "XStatusYellow");
-    st().ConnectionState = 0;
+    st().ConnectionState = kNotConnected;
 }
 
 TEST_F(Window, ProgressBarMovesDuringADownload) {

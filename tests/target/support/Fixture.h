@@ -113,7 +113,7 @@ protected:
     // Puts the board straight into the running monitor.
     void running() {
         board->mode = ScriptedBoard::Mode::Monitor;
-        st.ConnectionState = 1;
+        st.ConnectionState = kConnectedAndReady;
     }
 
     std::string text() const { return st.terminalBuffer; }

@@ -11,7 +11,7 @@
 
 #include "core/ProgramState.h"
 
-namespace vortelm::ui {
+namespace vortelm::forms {
 
 // What the hex page asks of its drawing.
 class HexPageView {
@@ -57,7 +57,6 @@ public:
     [[nodiscard]] std::string rowAddressText(int rowIndex) const;  // LColumn
     [[nodiscard]] std::string rowText(int rowIndex);               // LMemViewAscii
     [[nodiscard]] std::string pageText() const;                    // TActPage
-    [[nodiscard]] int scrollValue() const { return actPage & 0x00FFF; }
 
     // ---- interfaces
     void RefreshMemory() { view_.drawCells(); }
@@ -105,4 +104,4 @@ private:
     HexPageView& view_;
 };
 
-}  // namespace vortelm::ui
+}  // namespace vortelm::forms

@@ -1,14 +1,15 @@
-#include "ui/HexPage.h"
+#include "forms/HexPage.h"
 
 #include <utility>
 
+#include "core/BusyScope.h"
 #include "core/Helpers.h"
 #include "core/Host.h"
 #include "core/RunTimeError.h"
 #include "image/Dump.h"
 #include "image/Selections.h"
 
-namespace vortelm::ui {
+namespace vortelm::forms {
 
 namespace {
 
@@ -21,18 +22,6 @@ constexpr const char* kNoValidNumber = "No valid hexadecimal number !";
 void Tell(ProgramState& st, const char* text) {
     (void)st.host->messageBox(text, MsgButtons::Ok, MsgIcon::Exclamation);
 }
-
-// The long edit operations show the wait cursor while they run.
-class Busy {
-public:
-    explicit Busy(ProgramState& st) : st_(st) { st_.host->setBusy(true); }
-    ~Busy() { st_.host->setBusy(false); }
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
-
-private:
-    ProgramState& st_;
-};
 
 }  // namespace
 
@@ -324,7 +313,7 @@ void HexPage::segmentUp() {
 
 void HexPage::Copy(bool inTextControl) {
     {
-        Busy busy(st_);
+        BusyScope busy(st_);
         if (inTextControl) {
             MergeSelections(st_.selections);
             SaveSelections(st_.selections);
@@ -337,7 +326,7 @@ void HexPage::Copy(bool inTextControl) {
 
 void HexPage::Cut() {
     {
-        Busy busy(st_);
+        BusyScope busy(st_);
         CutSelections(st_);
     }
     RefreshMemory();
@@ -346,7 +335,7 @@ void HexPage::Cut() {
 void HexPage::Paste() {
     const int32_t target = getcursoraddress();
     {
-        Busy busy(st_);
+        BusyScope busy(st_);
         PasteSelections(st_, target);
     }
     GotoPage(target / 16);
@@ -362,7 +351,7 @@ void HexPage::Fill() {
         Tell(st_, kNoValidNumber);
     }
     {
-        Busy busy(st_);
+        BusyScope busy(st_);
         FillSelections(st_, HexValue(text), text.size() >= 3 ? kTrue : kFalse);
     }
     RefreshMemory();
@@ -370,7 +359,7 @@ void HexPage::Fill() {
 
 void HexPage::RandomFill() {
     {
-        Busy busy(st_);
+        BusyScope busy(st_);
         RandomFillSelections(st_);
     }
     RefreshMemory();
@@ -378,7 +367,7 @@ void HexPage::RandomFill() {
 
 void HexPage::Unread() {
     {
-        Busy busy(st_);
+        BusyScope busy(st_);
         UnreadSelections(st_);
     }
     RefreshMemory();
@@ -396,4 +385,4 @@ void HexPage::SelectWindow() {
     RefreshMemory();
 }
 
-}  // namespace vortelm::ui
+}  // namespace vortelm::forms

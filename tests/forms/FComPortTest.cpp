@@ -1,22 +1,25 @@
 // The serial settings dialog's logic.
+#include "forms/FComPort.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
 
 #include "core/ProgramState.h"
 #include "link/ComPort.h"
-#include "link/ComSettings.h"
 #include "link/ScriptedChannel.h"
-#include "VirtualHost.h"
+#include "tests/link/VirtualHost.h"
 
-namespace vortelm::link {
+namespace vortelm::forms {
 namespace {
 
 using channel::ScriptedChannel;
+using link::ComPort;
+using link::OpenResult;
 
-class ComSettingsTest : public ::testing::Test {
-protected:
-    ComSettingsTest() {
+class FComPortTest : public ::testing::Test {
+  protected:
+    FComPortTest() {
         port.opener = [this](std::string_view text, const channel::LineSettings& ls) {
             opened.emplace_back(text);
             settings = ls;
@@ -24,21 +27,20 @@ protected:
             r.channel = std::make_unique<ScriptedChannel>([this] { return host.clockUs; });
             return r;
         };
-        initialize(port, form);
     }
 
     test::VirtualHost host;
     ProgramState st{host};
     ComPort port{st};
-    ComSettingsForm& form = port.form;
+    FComPort form{port};
     std::vector<std::string> opened;
     channel::LineSettings settings;
 };
 
-TEST_F(ComSettingsTest, ListsInTheirOrder) {
-    EXPECT_EQ(form.baudItems, (std::vector<std::string>{"300", "600", "1200", "2400", "4800", "9600",
-                                                        "19200", "28800", "38400", "57600",
-                                                        "115200"}));
+TEST_F(FComPortTest, ListsInTheirOrder) {
+    EXPECT_EQ(form.baudItems,
+              (std::vector<std::string>{"300", "600", "1200", "2400", "4800", "9600", "19200",
+                                        "28800", "38400", "57600", "115200"}));
     EXPECT_EQ(form.parityItems, (std::vector<std::string>{"none", "odd", "even"}));
     EXPECT_EQ(form.dataItems, (std::vector<std::string>{"7 Bit", "8 Bit"}));
     EXPECT_EQ(form.stopItems, (std::vector<std::string>{"1", "2"}));
@@ -48,32 +50,32 @@ TEST_F(ComSettingsTest, ListsInTheirOrder) {
     EXPECT_EQ(form.portItems.back(), "sim:");
 }
 
-TEST_F(ComSettingsTest, ControlsStoreTheirValues) {
-    DPortNumber_Click(st, form, 2);
+TEST_F(FComPortTest, ControlsStoreTheirValues) {
+    form.DPortNumber_Click(2);
     EXPECT_EQ(st.PORT, 3);
-    DBaudrate_Click(st, form, 10);
+    form.DBaudrate_Click(10);
     EXPECT_EQ(st.BAUDRATE, 115200);
-    DBaudrate_Click(st, form, 7);
+    form.DBaudrate_Click(7);
     EXPECT_EQ(st.BAUDRATE, 28800);
-    DParity_Click(st, form, 1);
+    form.DParity_Click(1);
     EXPECT_EQ(st.PARITY, 1);
-    DData_Click(st, form, 0);
+    form.DData_Click(0);
     EXPECT_EQ(st.DATA, 7);
-    DStopbits_Click(st, form, 1);
+    form.DStopbits_Click(1);
     EXPECT_EQ(st.STOPBITS, 2);
-    CCheckConnection_Click(st, form, false);
+    form.CCheckConnection_Click(false);
     EXPECT_EQ(st.CHECKCONNECTION, 0);
 }
 
-TEST_F(ComSettingsTest, ADeviceEntryNamesThePort) {
-    DPortNumber_Click(st, form, int(form.portItems.size()) - 1);
+TEST_F(FComPortTest, ADeviceEntryNamesThePort) {
+    form.DPortNumber_Click(int(form.portItems.size()) - 1);
     EXPECT_EQ(st.PORTNAME, "sim:");
-    DPortNumber_Click(st, form, 0);
+    form.DPortNumber_Click(0);
     EXPECT_EQ(st.PORT, 1);
     EXPECT_EQ(st.PORTNAME, "");
 }
 
-TEST_F(ComSettingsTest, GetPreferencesShowsTheStoredSettings) {
+TEST_F(FComPortTest, ShowSettingsShowsTheStoredSettings) {
     st.PORT = 4;
     st.BAUDRATE = 38400;
     st.PARITY = 2;
@@ -83,7 +85,7 @@ TEST_F(ComSettingsTest, GetPreferencesShowsTheStoredSettings) {
     st.TIMEOUT = 1500;
     st.CONNECTTIMEOUT = 250;
     st.CONNECTRETRY = 3;
-    port.get_preferences();
+    form.ShowSettings();
     EXPECT_EQ(form.DPortNumber, 3);
     EXPECT_EQ(form.DBaudrate, 8);
     EXPECT_EQ(form.DParity, 2);
@@ -95,13 +97,13 @@ TEST_F(ComSettingsTest, GetPreferencesShowsTheStoredSettings) {
     EXPECT_EQ(form.TConnectRetry, "3");
 }
 
-TEST_F(ComSettingsTest, KLineQuestionOnlyWhileShown) {
-    CKline_Click(st, form, true);
+TEST_F(FComPortTest, KLineQuestionOnlyWhileShown) {
+    form.CKline_Click(true);
     EXPECT_EQ(st.KLINE, 1);
     EXPECT_TRUE(host.boxes.empty());
 }
 
-TEST_F(ComSettingsTest, KLineYesSelectsTheDefaultKernel) {
+TEST_F(FComPortTest, KLineYesSelectsTheDefaultKernel) {
     st.MCTYPE = "UNKNOWN_TYPE";
     st.ControllerFamily = 0;
     st.kernels[0].name = "ALD4_DEFAULT";
@@ -109,27 +111,27 @@ TEST_F(ComSettingsTest, KLineYesSelectsTheDefaultKernel) {
     st.kernelCount = 2;
     st.CurrentKernel = 0;
     form.visible = true;
-    CKline_Click(st, form, true);
+    form.CKline_Click(true);
     ASSERT_EQ(host.boxes.size(), 1u);
     EXPECT_EQ(host.boxes[0], "Do you want to activate the default kernel for this setting ?");
     EXPECT_EQ(st.KLINE, 1);
     EXPECT_EQ(st.CurrentKernel, 1);
-    CKline_Click(st, form, false);
+    form.CKline_Click(false);
     EXPECT_EQ(st.CurrentKernel, 0);
 }
 
-TEST_F(ComSettingsTest, OkWhileNotConnectedReopensWithTheNewSettings) {
+TEST_F(FComPortTest, OkWhileNotConnectedReopensWithTheNewSettings) {
     port.get_preferences();
     opened.clear();
-    DBaudrate_Click(st, form, 6);
-    DStopbits_Click(st, form, 1);
+    form.DBaudrate_Click(6);
+    form.DStopbits_Click(1);
     form.TTimeout = " 1234xyz";
     form.TConnectTimeout = "abc";
     form.TConnectRetry = "-5";
     int baudChanges = 0;
     form.changeBaudrate = [&](int32_t) { ++baudChanges; };
     const int refreshes = host.statusRefreshes;
-    BOk_Click(port, form);
+    form.BOk_Click();
     EXPECT_EQ(st.TIMEOUT, 1234);
     EXPECT_EQ(st.CONNECTTIMEOUT, 0);
     EXPECT_EQ(st.CONNECTRETRY, -5);
@@ -142,22 +144,22 @@ TEST_F(ComSettingsTest, OkWhileNotConnectedReopensWithTheNewSettings) {
     EXPECT_GT(host.statusRefreshes, refreshes);
 }
 
-TEST_F(ComSettingsTest, OkWhileConnectedLeavesTheRateToTheBaudChange) {
+TEST_F(FComPortTest, OkWhileConnectedLeavesTheRateToTheBaudChange) {
     port.get_preferences();
-    st.ConnectionState = 1;
-    DBaudrate_Click(st, form, 10);
+    st.ConnectionState = kConnectedAndReady;
+    form.DBaudrate_Click(10);
     std::vector<int32_t> changes;
     form.changeBaudrate = [&](int32_t rate) { changes.push_back(rate); };
-    BOk_Click(port, form);
+    form.BOk_Click();
     EXPECT_EQ(changes, std::vector<int32_t>{115200});
     EXPECT_EQ(port.settingsText(), "9600,n,8,1");  // the host follows only through the change
     EXPECT_TRUE(port.isOpen());
 }
 
-TEST_F(ComSettingsTest, CancelReopensAClosedPort) {
+TEST_F(FComPortTest, CancelReopensAClosedPort) {
     port.close();
     form.visible = true;
-    BCancel_Click(port, form);
+    form.BCancel_Click();
     EXPECT_TRUE(port.isOpen());
     EXPECT_FALSE(form.visible);
 }
@@ -172,4 +174,4 @@ TEST(WholeNumber, ReadsLikeATextBox) {
 }
 
 }  // namespace
-}  // namespace vortelm::link
+}  // namespace vortelm::forms
