@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "core/InstructionTable.h"
 #include "core/Types.h"
 
 namespace vortelm {
@@ -99,6 +100,9 @@ struct ProgramState {
 
     SelectionList selections;
     DumpMemory dump;
+
+    // The decoder's instruction table and sequence counters.
+    InstructionTable instructions;
 
     std::array<int32_t, 100> variables{};
 

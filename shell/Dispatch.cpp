@@ -23,6 +23,7 @@ constexpr ListFn kLists[] = {
     &ScriptRows,
     &SfrRows,
     &ListingViewRows,
+    &ViewRows,
 };
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "disasm/CommandTable.h"
 #include "image/Dump.h"
 #include "image/HexFile.h"
 #include "link/ComPort.h"
@@ -217,8 +218,10 @@ void Program::StepInitialiseForms() {
     st_->host->progress(80, 100);
 }
 
-// 9. The instruction table hooks in here once the decoder is in the build.
+// 9. The decoder's instruction table; a missing or bad file leaves the
+// decoder off with one "*ERROR: " line and start-up goes on.
 void Program::StepReadInstructionTable() {
+    (void)disasm::ReadCommandTable(*st_);
     st_->ConnectionState = kNotConnected;
     st_->host->refreshStatus();
     st_->host->refreshFeatureButtons();

@@ -55,6 +55,7 @@ std::span<const RowBinding> FlashRows();      // group 13, flash (Rows_Flash.cpp
 std::span<const RowBinding> ScriptRows();  // groups 11 and 12, log and scripting (Rows_Script.cpp)
 std::span<const RowBinding> SfrRows();        // group 9 and _viewsfrs (Rows_Sfr.cpp)
 std::span<const RowBinding> ListingViewRows();  // the view rows that list selections (Rows_Listing.cpp)
+std::span<const RowBinding> ViewRows();       // _viewassembler (Rows_View.cpp)
 
 // The handler bound to the row of that name, or nullptr when its operation
 // is not in this build.

@@ -39,6 +39,7 @@
 #include "forms/FFlash.h"
 #include "ui/FComPort.h"
 #include "ui/FFlash.h"
+#include "ui/FDisassemble.h"
 #include "ui/FTerminalSettings.h"
 #include "ui/Colours.h"
 #include "ui/SfrArea.h"
@@ -249,6 +250,11 @@ FVortElm::~FVortElm() { host_.attach(nullptr); }
 
 target::Target& FVortElm::target() { return *program_.session().target; }
 
+void FVortElm::showDisassembly() {
+    if (!disassemble_) disassemble_ = std::make_unique<FDisassemble>(st_, program_.port(), this);
+    disassemble_->ShowDisassembly();
+}
+
 void FVortElm::guarded(const std::function<void()>& work) {
     try {
         work();
@@ -454,7 +460,7 @@ void FVortElm::buildMenus() {
     QMenu* view = top("PView", "&View");
     menuEntry(view, "UViewWords", "Word", [this]() { showView(0); });
     menuEntry(view, "UViewLong", "Long", [this]() { showView(1); });
-    menuEntry(view, "UViewDisassemble", "Disassemble", nullptr);
+    menuEntry(view, "UViewDisassemble", "Disassemble", [this]() { showDisassembly(); });
     menuEntry(view, "UViewClearTerminalWindow", "Clear Terminal Window", [this]() { ClearTerminal(); });
 
     QMenu* tgt = top("PTarget", "&Target");
@@ -554,7 +560,7 @@ void FVortElm::buildToolBar() {
     toolButton("BDownload", "Download selection to target", "Download", SP::SP_ArrowDown, nullptr, [this]() { doDownload(); });
     toolButton("BUpload", "Upload target memory into selection", "Upload", SP::SP_ArrowUp, nullptr, [this]() { doUpload(); });
     toolButton("BCompare", "Compare selection with target memory", "Compare", SP::SP_DialogApplyButton, nullptr, [this]() { doCompare(); });
-    toolButton("BDebug", "Disassemble / Debug", "Debug", SP::SP_FileDialogInfoView, nullptr, nullptr);
+    toolButton("BDebug", "Disassemble / Debug", "Debug", SP::SP_FileDialogInfoView, nullptr, [this]() { showDisassembly(); });
     toolBar_->addSeparator();
     toolButton("BProgram", "Intelligent Program of Selection into Flash / Otp", "Program", SP::SP_DriveHDIcon, nullptr, [this]() { doFlash("PROGRAM"); });
     toolButton("BErase", "Erase Section", "Erase", SP::SP_TrashIcon, nullptr, [this]() { doFlash("ERASE"); });

@@ -42,6 +42,7 @@ using forms::HexKey;
 using forms::HexPage;
 using forms::HexPageView;
 
+class FDisassemble;
 class HexCell;
 class SfrArea;
 class TerminalView;
@@ -108,6 +109,9 @@ public:
     // stops it between statements.
     void runScript(const std::string& fileName);
     void runLastScript(int index);
+    // The debug window (BDebug, UViewDisassemble), made on first use.
+    void showDisassembly();
+    [[nodiscard]] FDisassemble* disassembleWindow() const { return disassemble_.get(); }
     // The view, print, front-end settings and about forms (FVortElm_Forms.cpp).
     void showView(int mode);
     void showPrint();
@@ -161,6 +165,7 @@ private:
     QProgressBar* progressBar_ = nullptr;
     SfrArea* sfrArea_ = nullptr;  // the SFR view beside the hex page
     bool closing_ = false;
+    std::unique_ptr<FDisassemble> disassemble_;
     FView* view_ = nullptr;
     FPrint* print_ = nullptr;
     FFrontendSettings* frontendSettings_ = nullptr;

@@ -1,6 +1,7 @@
 // The main window's view, print, front-end settings and about forms: each
 // made once, on first use, at the present scale.
 
+#include "shell/Disassembly.h"
 #include "ui/FAbout.h"
 #include "ui/FFrontendSettings.h"
 #include "ui/FPrint.h"
@@ -33,7 +34,7 @@ void FVortElm::showView(int mode) {
 
 void FVortElm::showPrint() {
     if (!print_) {
-        print_ = new FPrint(st_, {}, this);
+        print_ = new FPrint(st_, shell::InstructionDecoder(), this);
         ScaleNewForm(print_);
     }
     print_->Form_Load();

@@ -21,6 +21,9 @@ namespace vortelm::ui {
 
 namespace {
 
+// The longest time between two looks at the sources.
+constexpr int64_t kLookMs = 10;
+
 QString Q(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); }
 
 }  // namespace
@@ -74,9 +77,14 @@ void QtHost::serviceSources() {
         const auto due = w->source->dueUs();
         if (due && (!next || *due < *next)) next = due;
     }
+    // A source can become due without telling (a command that ends sets the
+    // receive threshold back to 1 while a byte waits, as a stop of the
+    // debugged program does): the sources are looked at every 10 ms at least.
     if (next) {
         const int64_t waitUs = std::max<int64_t>(0, *next - nowUs());
-        dueTimer_->start(static_cast<int>(std::min<int64_t>((waitUs + 999) / 1000, 1000)));
+        dueTimer_->start(static_cast<int>(std::min<int64_t>((waitUs + 999) / 1000, kLookMs)));
+    } else if (!sources_.empty()) {
+        dueTimer_->start(kLookMs);
     } else {
         dueTimer_->stop();
     }
