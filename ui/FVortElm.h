@@ -92,6 +92,9 @@ public:
     void doUpload();
     void doCompare();
     void showComSettings();
+    // The configuration and kernel dialogs (FVortElm_Config.cpp).
+    void showConfiguration();
+    void showKernels();
     void showTerminalSettings();
 
 protected:
