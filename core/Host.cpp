@@ -149,6 +149,7 @@ void Host::printLines(std::span<const std::string>) {}
 bool Host::startDetached(const std::string&, const std::vector<std::string>&) { return false; }
 void Host::terminalAppended(std::string_view) {}
 void Host::terminalCleared() {}
+void Host::scaleForms(double, double) {}
 void Host::refreshStatus() {}
 void Host::refreshFeatureButtons() {}
 void Host::refreshMemory() {}

@@ -9,6 +9,12 @@
 
 namespace vortelm {
 
+void ClearTerminal(ProgramState& st) {
+    st.terminalLines = 0;
+    st.terminalBuffer.clear();
+    st.host->terminalCleared();
+}
+
 int32_t GetCRLF(std::string_view text) {
     return static_cast<int32_t>(std::count(text.begin(), text.end(), '\r'));
 }

@@ -14,6 +14,9 @@ struct ProgramState;
 // (one open-append-close per call; each CR LF becomes one line feed there).
 void Text2Buffer(ProgramState& st, std::string_view text);
 
+// Empties the running text (and, through the host, the terminal window).
+void ClearTerminal(ProgramState& st);
+
 // Number of carriage returns in the text.
 [[nodiscard]] int32_t GetCRLF(std::string_view text);
 

@@ -11,13 +11,14 @@ namespace {
 
 using ListFn = std::span<const RowBinding> (*)();
 
-constexpr std::array<ListFn, 6> kLists{
+constexpr std::array<ListFn, 7> kLists{
     &FrameRows,
     &FileRows,
     &HexEditorRows,
     &SelectionRows,
     &TerminalRows,
     &TargetRows,
+    &ListingViewRows,
 };
 
 }  // namespace

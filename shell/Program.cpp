@@ -102,6 +102,13 @@ Program::~Program() { target::DisableConnectionCheck(*target_); }
 
 std::string Program::VersionText() { return VORTELM_VERSION; }
 
+std::string Program::BuildDateText() { return VORTELM_BUILD_DATE; }
+
+std::string Program::LicenceText() {
+    return "Copyright (C) 2026 the Vortelm developers. All rights reserved. "
+           "Licensed to the user for use with their own boards.";
+}
+
 void Program::RunStep(void (Program::*step)()) {
     try {
         (this->*step)();
@@ -240,7 +247,10 @@ void Program::StepRunStartupScripts() {
 }
 
 // 16. Scaling by SCALEFACTOR is the GUI's.
-void Program::StepScaleForms() {}
+void Program::StepScaleForms() {
+    const double factor = FormScale(*st_);
+    st_->host->scaleForms(factor, factor);
+}
 
 int16_t Program::RunCommandBoxLine(std::string_view line) {
     // The front ends' event: a bound met while sending ends the line only.

@@ -97,6 +97,9 @@ public:
 
     // The version text shown by the about box: major.minor.revision.
     [[nodiscard]] static std::string VersionText();
+    // The day the program was built, and its licence, for the about box.
+    [[nodiscard]] static std::string BuildDateText();
+    [[nodiscard]] static std::string LicenceText();
 
     // How many steps have run; the step that runs (for tests).
     int stepsRun = 0;

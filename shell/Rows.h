@@ -47,6 +47,7 @@ std::span<const RowBinding> HexEditorRows();  // group 3 (Rows_HexEditor.cpp)
 std::span<const RowBinding> SelectionRows();  // group 4 (Rows_Selection.cpp)
 std::span<const RowBinding> TerminalRows();  // _send, _sendfile, _setp, _openport (Rows_Terminal.cpp)
 std::span<const RowBinding> TargetRows();     // groups 5 to 8 and 14, the target (Rows_Target.cpp)
+std::span<const RowBinding> ListingViewRows();  // the view rows that list selections (Rows_Listing.cpp)
 
 // The handler bound to the row of that name, or nullptr when its operation
 // is not in this build.

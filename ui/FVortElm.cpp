@@ -34,15 +34,12 @@
 #include "target/Target.h"
 #include "ui/FComPort.h"
 #include "ui/FTerminalSettings.h"
+#include "ui/Colours.h"
 
 namespace vortelm::ui {
 
 namespace {
 
-QColor FromKey(int32_t c) {
-    // The colour keys hold blue in the high byte, red in the low one.
-    return QColor(c & 0xFF, (c >> 8) & 0xFF, (c >> 16) & 0xFF);
-}
 
 QPixmap Lamp(const QColor& colour) {
     QPixmap pm(14, 14);
@@ -418,7 +415,7 @@ void FVortElm::buildMenus() {
     menuEntry(file, "UFileLoadBinary", "Load Binary File ...", nullptr);
     menuEntry(file, "UFileSaveBinary", "Save Binary File ...", nullptr);
     sep(file, 0);
-    menuEntry(file, "UFilePrint", "Print Selection", nullptr);
+    menuEntry(file, "UFilePrint", "Print Selection", [this]() { showPrint(); });
     sep(file, 1);
     menuEntry(file, "UFileLoadPreferences", "Load Preferences ...", nullptr);
     menuEntry(file, "UFileSavePreferences", "Save Preferences ...", nullptr);
@@ -441,8 +438,8 @@ void FVortElm::buildMenus() {
     menuEntry(edit, "UEditUnread", "Unread", [&hp]() { hp.Unread(); });
 
     QMenu* view = top("PView", "&View");
-    menuEntry(view, "UViewWords", "Word", nullptr);
-    menuEntry(view, "UViewLong", "Long", nullptr);
+    menuEntry(view, "UViewWords", "Word", [this]() { showView(0); });
+    menuEntry(view, "UViewLong", "Long", [this]() { showView(1); });
     menuEntry(view, "UViewDisassemble", "Disassemble", nullptr);
     menuEntry(view, "UViewClearTerminalWindow", "Clear Terminal Window", [this]() { ClearTerminal(); });
 
@@ -467,7 +464,7 @@ void FVortElm::buildMenus() {
     menuEntry(settings, "USettingsInterface", "Interface ...", [this]() { showComSettings(); });
     menuEntry(settings, "USettingsTerminal", "Terminal ...", [this]() { showTerminalSettings(); });
     menuEntry(settings, "USettingsKernel", "Kernel ...", [this]() { showKernels(); });
-    menuEntry(settings, "USettingsFrontend", "Frontend ...", nullptr);
+    menuEntry(settings, "USettingsFrontend", "Frontend ...", [this]() { showFrontendSettings(); });
 
     QMenu* script = top("PScript", "S&cript");
     menuEntry(script, "UScriptExecute", "Execute ...", nullptr);
@@ -481,11 +478,7 @@ void FVortElm::buildMenus() {
 
     QMenu* help = top("PHelp", "&Help");
     menuEntry(help, "UHelpIndex", "Contents", nullptr);
-    menuEntry(help, "UHelpAbout", "About", [this]() {
-        QMessageBox::about(this, QStringLiteral("About Vortelm"),
-                           QStringLiteral("Vortelm %1\nMonitor and flash tool for 16-bit controllers")
-                               .arg(QString::fromStdString(shell::Program::VersionText())));
-    });
+    menuEntry(help, "UHelpAbout", "About", [this]() { showAbout(); });
 }
 
 QToolButton* FVortElm::toolButton(const char* name, const char* tip, const QString& label, int icon,
@@ -603,9 +596,9 @@ void FVortElm::drawCells() {
         const QString text = QString::fromStdString(look.text);
         if (c->text() != text) c->setText(text);
         QPalette p = c->palette();
-        p.setColor(QPalette::Base, FromKey(look.background));
-        p.setColor(QPalette::Window, FromKey(look.background));
-        p.setColor(QPalette::Text, FromKey(look.foreground));
+        p.setColor(QPalette::Base, ColourFromKey(look.background));
+        p.setColor(QPalette::Window, ColourFromKey(look.background));
+        p.setColor(QPalette::Text, ColourFromKey(look.foreground));
         c->setPalette(p);
     }
     for (int r = 0; r < 16; ++r) {
@@ -698,7 +691,10 @@ void FVortElm::progress(int64_t value, int64_t maximum) {
 
 void FVortElm::terminalAppended() { terminalTimer_->start(); }
 
-void FVortElm::terminalCleared() { ClearTerminal(); }
+void FVortElm::terminalCleared() {
+    terminal_->clear();
+    terminalTimer_->stop();
+}
 
 void FVortElm::RefreshTerminalWindow() {
     QString text = QString::fromUtf8(st_.terminalBuffer.data(),
@@ -713,12 +709,7 @@ void FVortElm::RefreshTerminalWindow() {
     terminalTimer_->stop();
 }
 
-void FVortElm::ClearTerminal() {
-    st_.terminalLines = 0;
-    st_.terminalBuffer.clear();
-    terminal_->clear();
-    terminalTimer_->stop();
-}
+void FVortElm::ClearTerminal() { vortelm::ClearTerminal(st_); }
 
 void FVortElm::terminalDoubleClicked(int position) {
     QTextCursor c(terminal_->document());

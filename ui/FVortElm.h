@@ -44,6 +44,10 @@ using forms::HexPageView;
 
 class HexCell;
 class TerminalView;
+class FAbout;
+class FFrontendSettings;
+class FPrint;
+class FView;
 
 class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     Q_OBJECT
@@ -96,6 +100,11 @@ public:
     void showConfiguration();
     void showKernels();
     void showTerminalSettings();
+    // The view, print, front-end settings and about forms (FVortElm_Forms.cpp).
+    void showView(int mode);
+    void showPrint();
+    void showFrontendSettings();
+    void showAbout();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -143,6 +152,10 @@ private:
     QLineEdit* controller_ = nullptr;
     QProgressBar* progressBar_ = nullptr;
     bool closing_ = false;
+    FView* view_ = nullptr;
+    FPrint* print_ = nullptr;
+    FFrontendSettings* frontendSettings_ = nullptr;
+    FAbout* about_ = nullptr;
 };
 
 }  // namespace vortelm::ui

@@ -14,6 +14,9 @@
 
 #include <algorithm>
 
+#include "ui/FAbout.h"
+#include "ui/Scaling.h"
+
 namespace vortelm::ui {
 
 namespace {
@@ -233,7 +236,13 @@ void QtHost::gotoPage(int32_t address) {
     if (window_) window_->gotoPage(address);
 }
 void QtHost::progress(int64_t value, int64_t maximum) {
+    if (launchInfo_) {
+        launchInfo_->progress(value, maximum);
+        if (maximum <= 0) launchInfo_ = nullptr;
+    }
     if (window_) window_->progress(value, maximum);
 }
+
+void QtHost::scaleForms(double xFactor, double yFactor) { ScaleForms(xFactor, yFactor); }
 
 }  // namespace vortelm::ui

@@ -18,6 +18,8 @@ class QTimer;
 
 namespace vortelm::ui {
 
+class FInfo;
+
 // What the host asks of the main window.
 class HostWindow {
 public:
@@ -64,6 +66,9 @@ public:
     void refreshMemory() override;
     void gotoPage(int32_t address) override;
     void progress(int64_t value, int64_t maximum) override;
+    void scaleForms(double xFactor, double yFactor) override;
+    // The launch form takes start-up's progress until start-up hides it.
+    void showLaunchInfo(FInfo* info) { launchInfo_ = info; }
 
     // Runs the ready and due sources and arms the wake-up for the next due
     // time (also called by the notifiers and the due timer).
@@ -84,6 +89,7 @@ private:
     void watch(Watched& w);
 
     HostWindow* window_ = nullptr;
+    FInfo* launchInfo_ = nullptr;
     bool answerBoxes_ = false;
     int busyDepth_ = 0;
     std::vector<std::unique_ptr<Watched>> sources_;

@@ -15,6 +15,7 @@
 
 #include "apps/SimOpener.h"
 #include "shell/Program.h"
+#include "ui/FAbout.h"
 #include "ui/FVortElm.h"
 #include "ui/QtHost.h"
 
@@ -145,9 +146,16 @@ int main(int argc, char** argv) {
     vortelm::ui::FVortElm window(program, host);
     host.attach(&window);
     window.show();
+    // The launch form shows start-up's progress; start-up hides it when it
+    // gets to the main window.
+    vortelm::ui::FInfo launch;
+    host.showLaunchInfo(&launch);
+    launch.show();
 
     QTimer::singleShot(0, &window, [&]() {
         window.guarded([&]() { program.StartUp(); });
+        launch.hide();
+        host.showLaunchInfo(nullptr);
         window.refreshStatus();
         window.refreshFeatureButtons();
         window.refreshMemory();

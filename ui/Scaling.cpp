@@ -1,0 +1,77 @@
+#include "ui/Scaling.h"
+
+#include <QApplication>
+#include <QFont>
+#include <QVariant>
+#include <QWidget>
+
+#include <algorithm>
+#include <cmath>
+
+namespace vortelm::ui {
+
+namespace {
+
+// The scale applied so far lives with the application, as its font does.
+constexpr const char* kScaleProperty = "vortelmScale";
+// The smallest and largest scale the windows take: beyond them a window is
+// unusable, whatever the preference says.
+constexpr double kLowest = 0.25;
+constexpr double kHighest = 8.0;
+
+QFont Scaled(QFont f, double factor) {
+    if (f.pointSizeF() > 0)
+        f.setPointSizeF(f.pointSizeF() * factor);
+    else if (f.pixelSize() > 0)
+        f.setPixelSize(std::max(1, static_cast<int>(std::lround(f.pixelSize() * factor))));
+    return f;
+}
+
+int ScaledLength(int length, double factor, int unset) {
+    if (length == unset || length <= 0) return length;
+    return std::max(1, static_cast<int>(std::lround(length * factor)));
+}
+
+// One window and its controls: explicit fonts, fixed and least sizes.
+// Controls without such properties are left as they are.
+void ScaleTree(QWidget* form, double x, double y) {
+    QList<QWidget*> widgets = form->findChildren<QWidget*>();
+    widgets.prepend(form);
+    for (QWidget* w : widgets) {
+        if (w->testAttribute(Qt::WA_SetFont)) w->setFont(Scaled(w->font(), y));
+        const QSize min = w->minimumSize();
+        const QSize max = w->maximumSize();
+        w->setMinimumSize(ScaledLength(min.width(), x, 0), ScaledLength(min.height(), y, 0));
+        w->setMaximumSize(ScaledLength(max.width(), x, QWIDGETSIZE_MAX),
+                          ScaledLength(max.height(), y, QWIDGETSIZE_MAX));
+    }
+    form->resize(ScaledLength(form->width(), x, 0), ScaledLength(form->height(), y, 0));
+}
+
+}  // namespace
+
+void ScaleForms(double xFactor, double yFactor) {
+    const double applied = AppliedScale();
+    if (!std::isfinite(xFactor) || !std::isfinite(yFactor) || xFactor <= 0 || yFactor <= 0) return;
+    // One factor for both directions keeps the text's proportions.
+    const double target = std::clamp(applied * yFactor, kLowest, kHighest);
+    const double factor = target / applied;
+    if (std::abs(factor - 1.0) < 1e-9) return;
+    QApplication::setFont(Scaled(QApplication::font(), factor));
+    for (QWidget* form : QApplication::topLevelWidgets()) ScaleTree(form, factor, factor);
+    qApp->setProperty(kScaleProperty, target);
+}
+
+void ScaleNewForm(QWidget* form) {
+    const double applied = AppliedScale();
+    if (std::abs(applied - 1.0) < 1e-9) return;
+    // The application font is already scaled; explicit fonts and sizes are not.
+    ScaleTree(form, applied, applied);
+}
+
+double AppliedScale() {
+    const QVariant v = qApp ? qApp->property(kScaleProperty) : QVariant();
+    return v.isValid() ? v.toDouble() : 1.0;
+}
+
+}  // namespace vortelm::ui
