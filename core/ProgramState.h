@@ -80,6 +80,8 @@ struct ProgramState {
 
     std::array<MemoryUnit, kMemoryUnitBound + 1> memoryUnits{};
     int16_t memoryUnitCount = 0;
+    // The unit the memory unit form edits; the table's unit takes it on OK.
+    MemoryUnit memoryUnitCopy;
 
     std::array<Kernel, kKernelBound + 1> kernels{};
     int16_t kernelCount = 0;

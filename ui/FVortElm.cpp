@@ -464,7 +464,8 @@ void FVortElm::buildMenus() {
     menuEntry(view, "UViewClearTerminalWindow", "Clear Terminal Window", [this]() { ClearTerminal(); });
 
     QMenu* tgt = top("PTarget", "&Target");
-    menuEntry(tgt, "UTargetConfiguration", "Configuration ...", nullptr, QKeySequence(Qt::CTRL | Qt::Key_Q));
+    menuEntry(tgt, "UTargetConfiguration", "Configuration ...", [this]() { showConfiguration(); },
+              QKeySequence(Qt::CTRL | Qt::Key_Q));
     sep(tgt, 5);
     menuEntry(tgt, "UTargetConnect", "Connect", [this]() { doConnect(); }, QKeySequence(Qt::CTRL | Qt::Key_T));
     menuEntry(tgt, "UTargetReconnect", "Reconnect", [this]() { doReconnect(); });
@@ -486,7 +487,7 @@ void FVortElm::buildMenus() {
     QMenu* settings = top("PSettings", "&Settings");
     menuEntry(settings, "USettingsInterface", "Interface ...", [this]() { showComSettings(); });
     menuEntry(settings, "USettingsTerminal", "Terminal ...", [this]() { showTerminalSettings(); });
-    menuEntry(settings, "USettingsKernel", "Kernel ...", nullptr);
+    menuEntry(settings, "USettingsKernel", "Kernel ...", [this]() { showKernels(); });
     menuEntry(settings, "USettingsFrontend", "Frontend ...", [this]() { showFrontendSettings(); });
 
     QMenu* script = top("PScript", "S&cript");

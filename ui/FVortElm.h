@@ -104,6 +104,9 @@ public:
     // mode of the feature word.
     void doFlash(const char* feature);
     void showComSettings();
+    // The configuration and kernel dialogs (FVortElm_Config.cpp).
+    void showConfiguration();
+    void showKernels();
     void showTerminalSettings();
     // Runs a script file (Script menu, last scripts); Esc in the window
     // stops it between statements.
