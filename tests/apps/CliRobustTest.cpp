@@ -121,9 +121,10 @@ TEST_F(CliRobust, SilentBoardAfterConnectIsReportedLostAndTheNextLineRuns) {
 
 TEST_F(CliRobust, FailedWordCommandsNameThemselvesOnStandardErrorAndTheNextLinesRun) {
     std::string out, err;
-    // The board dies at its fifth command, in the middle of the word commands.
+    // The board dies at its fifth command after the seven of the connect
+    // (reset report and initialisation), in the middle of the word commands.
     const int rc =
-        Run("sim:?fault=die@5",
+        Run("sim:?fault=die@12",
             "_connect NOPROMPT\n_w16 100000,1234\n_r16 100000\n_mov 100002,55AA\n_r16 100002\n"
             "_w16 100004,1\n_r16 100004\n_mov 100006,1\n_test\n",
             out, err);

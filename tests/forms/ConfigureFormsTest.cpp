@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "config/Kernels.h"
+#include "core/Helpers.h"
 #include "core/TestHost.h"
 #include "forms/FConfigure.h"
 #include "forms/FKernel.h"
@@ -128,7 +129,9 @@ TEST_F(Configure, DefaultRegistersOfFamilyZeroFillTheRowsWithTheNamesTheTableHol
     EXPECT_EQ(marked, st().initRegisterCount);
     for (int i = 0; i < st().initRegisterCount; ++i)
         EXPECT_GE(SfrIndexByName(st(), st().initRegisters[static_cast<size_t>(i)].name), 0);
-    if (st().initRegisterCount > 0) EXPECT_EQ(f.rows[0].TReg, st().initRegisters[0].name);
+    if (st().initRegisterCount > 0) {
+        EXPECT_EQ(f.rows[0].TReg, st().initRegisters[0].name);
+    }
 }
 
 TEST_F(Configure, OkStoresRowsGenericsClockAndEinitAndWritesTheFiles) {

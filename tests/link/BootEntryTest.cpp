@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "VirtualHost.h"
+#include "apps/SimOpener.h"
 #include "core/ProgramState.h"
 #include "link/BootEntry.h"
 #include "link/ComPort.h"
@@ -20,6 +21,7 @@ int AnswerAfter(BootEntry e, std::string_view lines, std::string_view start = "r
     test::VirtualHost host;
     ProgramState st{host};
     ComPort port{st};
+    apps::AddSimOpener(port.openers);
     st.portOverride = "sim:?lines=" + std::string(lines) + "&start=" + std::string(start);
     st.CONNECTTIMEOUT = 100;
     EXPECT_TRUE(port.open()) << host.terminal;
@@ -93,6 +95,7 @@ TEST(BootEntry, ClosedPortPlaysNothing) {
     test::VirtualHost host;
     ProgramState st{host};
     ComPort port{st};
+    apps::AddSimOpener(port.openers);
     EXPECT_FALSE(PlayBootEntry(port, BootEntry::RtsResetDtrBoot));
     EXPECT_TRUE(host.terminal.empty());
 }

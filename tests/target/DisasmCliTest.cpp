@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "config/DataHome.h"
+
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -112,6 +114,8 @@ TEST_F(DisasmCli, ListingEndsAtAnIllegalInstructionAndGoesOnWithTheNextSelection
 
 TEST_F(DisasmCli, AMissingTableLeavesTheRestOfTheProgramWorking) {
     fs::remove(home / "CMDDEF" / "command.cmd");
+    // A complete data home: the start repairs nothing, the table stays missing.
+    std::ofstream(home / vortelm::kDataHomeMark) << "";
     std::ofstream(home / "r.hex") << Record(0x100, {0xCC, 0x00}) << ":00000001FF\n";
     const std::string out = run("_load r.hex\n_viewassembler\n_showselections\n");
     EXPECT_NE(out.find("*ERROR: Instruction table " + (home / "CMDDEF" / "command.cmd").string() +

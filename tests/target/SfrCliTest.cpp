@@ -58,12 +58,12 @@ TEST_F(SfrCli, AddThreeViewRemoveOneViewOnTheBoard) {
     EXPECT_NE(out.find("*Vortelm successfully launched"), std::string::npos) << out;
     EXPECT_EQ(out.find("*ERROR"), std::string::npos) << out;
     // the board's reset values, read from the board; the listing's lines
-    // each begin on a new line, so the next echo follows the last one
+    // each begin on a new line, and the CLI starts the next echo on its own
     EXPECT_NE(out.find(">_addsfr SYSCON,1\n>_addsfr S0CON,1\n>_addsfr IDCHIP,1\n"
                        ">_viewsfrs 1\n\nSelected Set: ''\n"
                        "SYSCON              00FF12 0090\n"
                        "S0CON               00FFB0 8011\n"
-                       "IDCHIP              00F07C 0D12"
+                       "IDCHIP              00F07C 0D12\n"
                        ">_removesfr S0CON,1\n"
                        ">_viewsfrs 1\n\nSelected Set: ''\n"
                        "SYSCON              00FF12 0090\n"
@@ -87,7 +87,7 @@ TEST_F(SfrCli, TheDeliveredSetAndNotConnected) {
     EXPECT_NE(out.find(">_viewsfrs\n\nSelected Set: 'SYSTEM'\nSYSCON              00FF12 0000\n"
                        "BUSCON0             00FF0C 0000\nPSW                 00FF10 0000\n"
                        "CP                  00FE10 0000\nSP                  00FE12 0000\n"
-                       "T3                  00FE42 0000>_refreshsfr\n>_refreshsfr OFF\n"),
+                       "T3                  00FE42 0000\n>_refreshsfr\n>_refreshsfr OFF\n"),
               std::string::npos)
         << out;
     EXPECT_NE(out.find(">_refreshsfr maybe\n*ERROR: Parameter 1 must be valid ON or OFF\n*ERROR: "
