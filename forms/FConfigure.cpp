@@ -15,11 +15,11 @@ namespace vortelm::forms {
 namespace {
 
 constexpr std::array<const char*, 12> kFamily0Registers{
-    "SYSCON", "SYSCON1", "SYSCON2", "BUSCON0", "BUSCON1", "ADDRSEL1",
+    "SYSCON",  "SYSCON1",  "SYSCON2", "BUSCON0",  "BUSCON1", "ADDRSEL1",
     "BUSCON2", "ADDRSEL2", "BUSCON3", "ADDRSEL3", "BUSCON4", "ADDRSEL4"};
-constexpr std::array<const char*, 12> kFamily1Registers{
-    "SYSCON0", "SYSCON1", "RSTCON", "F0CON", "EBCMOD0", "EBCMOD1",
-    "TCONCS0", "FCONCS0", "TCONCS1", "FCONCS1", "TCONCS2", "FCONCS2"};
+constexpr std::array<const char*, 12> kFamily1Registers{"SYSCON0", "SYSCON1", "RSTCON",  "F0CON",
+                                                        "EBCMOD0", "EBCMOD1", "TCONCS0", "FCONCS0",
+                                                        "TCONCS1", "FCONCS1", "TCONCS2", "FCONCS2"};
 
 bool IsGeneric(std::string_view name) {
     return name.size() >= 7 && UpperCase(name.substr(0, 7)) == "GENERIC";
@@ -31,7 +31,8 @@ bool Yes(ProgramState& st, std::string_view question) {
 
 // Reads the controller's register definitions; the register sets follow.
 void ReadControllerRegisters(ProgramState& st, int controller) {
-    (void)ReadSfrFile(st, st.controllerTypes[static_cast<size_t>(controller)].registerDefinitionPath);
+    (void)ReadSfrFile(st,
+                      st.controllerTypes[static_cast<size_t>(controller)].registerDefinitionPath);
     ReloadSfrSets(st);
 }
 
@@ -66,7 +67,8 @@ void FConfigure::clear_config() {
 
 void FConfigure::initialize() {
     DMCTypeList.clear();
-    for (int i = 0; i < st_.controllerTypeCount; ++i) DMCTypeList.push_back(st_.controllerTypes[static_cast<size_t>(i)].name);
+    for (int i = 0; i < st_.controllerTypeCount; ++i)
+        DMCTypeList.push_back(st_.controllerTypes[static_cast<size_t>(i)].name);
 }
 
 void FConfigure::set_sfr() {
@@ -93,8 +95,9 @@ void FConfigure::RefreshInitRegs() {
         if (IsGeneric(r.name)) {
             const int g = static_cast<int>(LeadingNumberValue(r.name.substr(7))) - 1;
             if (g < 0 || g >= kGenericRows) continue;
-            generic[static_cast<size_t>(g)] = {true, HexText(static_cast<int32_t>(LeadingNumberValue(r.address)), 6),
-                                               HexText(r.value, 4)};
+            generic[static_cast<size_t>(g)] = {
+                true, HexText(static_cast<int32_t>(LeadingNumberValue(r.address)), 6),
+                HexText(r.value, 4)};
             continue;
         }
         if (row >= kInitRows) continue;
@@ -109,7 +112,8 @@ void FConfigure::set_preferences() {
     st_.EINIT = CEINIT ? 1 : 0;
     st_.initRegisterCount = 0;
     for (const InitRow& r : rows)
-        if (r.OReg) AddInitRegister(st_, r.TReg, SfrAddressByName(st_, r.TReg), HexValue(r.TRegValue));
+        if (r.OReg)
+            AddInitRegister(st_, r.TReg, SfrAddressByName(st_, r.TReg), HexValue(r.TRegValue));
     for (int g = 0; g < kGenericRows; ++g) {
         const GenericRow& r = generic[static_cast<size_t>(g)];
         const int32_t address = HexValue(r.TGENADDR);
@@ -131,7 +135,8 @@ void FConfigure::RefreshMemoryList() {
                 const int32_t start = range.mappedNow ? range.mapAddress : range.startAddress;
                 std::string text = unit.name;
                 if (text.size() < 14) text.resize(14, ' ');
-                text += HexText(start, 6) + "-" + HexText(start + range.length - 1, 6) + std::string(13, ' ');
+                text += HexText(start, 6) + "-" + HexText(start + range.length - 1, 6) +
+                        std::string(13, ' ');
                 text += "@" + std::to_string(u) + "@" + std::to_string(s) + "@" + std::to_string(r);
                 IMemoryList.push_back(std::move(text));
                 IMemoryActivated.emplace_back(unit.activated ? "X" : " ");
@@ -149,7 +154,8 @@ void FConfigure::SetDefaultInitRegisters() {
         for (const char* name : kFamily0Registers) AddDefaultInitRegister(name);
     else if (st_.ControllerFamily == 1)
         for (const char* name : kFamily1Registers) AddDefaultInitRegister(name);
-    for (int r = st_.initRegisterCount; r < kInitRows; ++r) rows[static_cast<size_t>(r)].OReg = false;
+    for (int r = st_.initRegisterCount; r < kInitRows; ++r)
+        rows[static_cast<size_t>(r)].OReg = false;
 }
 
 void FConfigure::AddDefaultInitRegister(std::string_view name) {
@@ -160,7 +166,8 @@ void FConfigure::AddDefaultInitRegister(std::string_view name) {
     r.name = std::string(name);
     r.address = std::to_string(address);
     r.value = 0;
-    if (nextDefaultRow_ < kInitRows) rows[static_cast<size_t>(nextDefaultRow_++)] = {true, std::string(name), HexText(0, 4)};
+    if (nextDefaultRow_ < kInitRows)
+        rows[static_cast<size_t>(nextDefaultRow_++)] = {true, std::string(name), HexText(0, 4)};
 }
 
 void FConfigure::DMCType_Click(std::string_view type) {
@@ -176,15 +183,18 @@ void FConfigure::DMCType_Click(std::string_view type) {
     st_.ControllerFamily = ControllerFamilyCode(ct.family);
     ReadControllerRegisters(st_, c);
     set_sfr();
-    if (Yes(st_, "Do you want to activate the default kernel for this type ?")) SelectDefaultKernel(st_);
-    if (Yes(st_, "Do you want to load default initialization registers of this Type ?")) SetDefaultInitRegisters();
+    if (Yes(st_, "Do you want to activate the default kernel for this type ?"))
+        SelectDefaultKernel(st_);
+    if (Yes(st_, "Do you want to load default initialization registers of this Type ?"))
+        SetDefaultInitRegisters();
 }
 
 void FConfigure::BOk() {
     set_preferences();
     const int c = ControllerIndexByName(st_, st_.MCTYPE);
     if (c >= 0) {
-        st_.ControllerFamily = ControllerFamilyCode(st_.controllerTypes[static_cast<size_t>(c)].family);
+        st_.ControllerFamily =
+            ControllerFamilyCode(st_.controllerTypes[static_cast<size_t>(c)].family);
         ReadControllerRegisters(st_, c);
     }
     RefreshMemoryList();
@@ -232,7 +242,9 @@ int FConfigure::BMemoryAdd() {
     return st_.memoryUnitCount++;
 }
 
-int FConfigure::BMemoryEdit(int line) const { return lineAt(line).unit; }
+int FConfigure::BMemoryEdit(int line) const {
+    return lineAt(line).unit;
+}
 
 void FConfigure::BMemoryRemove(int line) {
     const int unit = lineAt(line).unit;
@@ -256,7 +268,10 @@ void FConfigure::IMemoryMapped_Click(int line) {
     const MemoryLine m = lineAt(line);
     if (m.unit < 0) return;
     MemoryUnit& u = st_.memoryUnits[static_cast<size_t>(m.unit)];
-    if (!u.sections[static_cast<size_t>(m.section)].ranges[static_cast<size_t>(m.range)].mappingDefined) return;
+    if (!u.sections[static_cast<size_t>(m.section)]
+             .ranges[static_cast<size_t>(m.range)]
+             .mappingDefined)
+        return;
     for (int s = 0; s < u.sectionCount; ++s)
         for (int r = 0; r < u.sections[static_cast<size_t>(s)].rangeCount; ++r) {
             SectionRange& range = u.sections[static_cast<size_t>(s)].ranges[static_cast<size_t>(r)];

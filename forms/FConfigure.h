@@ -49,7 +49,7 @@ constexpr const char* kNoValidDecimal = "No valid decimal Number";
 void AddInitRegister(ProgramState& st, std::string_view name, int32_t address, int32_t value);
 
 class FConfigure {
-public:
+  public:
     explicit FConfigure(ProgramState& st) : st_(st) {}
 
     void clear_config();
@@ -92,7 +92,7 @@ public:
     std::vector<std::string> IMemoryActivated;
     std::vector<std::string> IMemoryMapped;
 
-private:
+  private:
     ProgramState& st_;
     int nextDefaultRow_ = 0;
 };

@@ -13,9 +13,13 @@ namespace vortelm::forms {
 
 namespace {
 
-void Say(ProgramState& st, std::string_view text) { st.host->messageBox(text, MsgButtons::Ok, MsgIcon::Exclamation); }
+void Say(ProgramState& st, std::string_view text) {
+    st.host->messageBox(text, MsgButtons::Ok, MsgIcon::Exclamation);
+}
 
-bool Exists(ProgramState& st, const std::string& name) { return !name.empty() && FileExists(st, name, 0); }
+bool Exists(ProgramState& st, const std::string& name) {
+    return !name.empty() && FileExists(st, name, 0);
+}
 
 }  // namespace
 
@@ -23,8 +27,8 @@ void FKernel::RefreshKernelList() {
     lines_.clear();
     for (int i = 0; i < st_.kernelCount; ++i) {
         const Kernel& k = st_.kernels[static_cast<size_t>(i)];
-        lines_.push_back(std::string(i == st_.CurrentKernel ? "A" : " ") + k.name + "\t" + k.monitorPath + "\t" +
-                         k.loaderPath);
+        lines_.push_back(std::string(i == st_.CurrentKernel ? "A" : " ") + k.name + "\t" +
+                         k.monitorPath + "\t" + k.loaderPath);
     }
 }
 
@@ -46,8 +50,8 @@ void FKernel::BRemove(int index) {
         Say(st_, "This is one of the default Kernels. You can´t remove it !");
         return;
     }
-    if (st_.host->messageBox("Do you really want to remove this Kernel ?", MsgButtons::YesNo, MsgIcon::Question) !=
-        MsgAnswer::Yes)
+    if (st_.host->messageBox("Do you really want to remove this Kernel ?", MsgButtons::YesNo,
+                             MsgIcon::Question) != MsgAnswer::Yes)
         return;
     RemoveKernel(st_, index);
     RefreshKernelList();
@@ -77,7 +81,8 @@ FKernelEdit::FKernelEdit(ProgramState& st, int index) : st_(st), index_(index) {
     TEnd = HexText(k.endAddress, 6);
     TPatchStart = HexText(k.patchStartAddress, 6);
     CLoaderAck = k.loaderAck != 0;
-    for (int i = 0; i < k.featureCount; ++i) LFeatures.push_back(k.features[static_cast<size_t>(i)].name);
+    for (int i = 0; i < k.featureCount; ++i)
+        LFeatures.push_back(k.features[static_cast<size_t>(i)].name);
 }
 
 void FKernelEdit::TVortelmPath_LostFocus() {
@@ -118,7 +123,8 @@ void FKernelEdit::BRemove(int featureIndex) {
 
 std::vector<std::string> FKernelSelectFeatureNames(const ProgramState& st) {
     std::vector<std::string> names;
-    for (int i = 0; i < st.featureNameCount; ++i) names.push_back(st.featureNames[static_cast<size_t>(i)]);
+    for (int i = 0; i < st.featureNameCount; ++i)
+        names.push_back(st.featureNames[static_cast<size_t>(i)]);
     return names;
 }
 

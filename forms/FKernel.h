@@ -14,7 +14,7 @@ struct ProgramState;
 namespace vortelm::forms {
 
 class FKernel {
-public:
+  public:
     explicit FKernel(ProgramState& st) : st_(st) {}
 
     // One line a kernel: "A" for the current one, else a blank, then name,
@@ -32,13 +32,13 @@ public:
     // Takes the changes: the kernel and preference files are written.
     void BOk();
 
-private:
+  private:
     ProgramState& st_;
     std::vector<std::string> lines_;
 };
 
 class FKernelEdit {
-public:
+  public:
     FKernelEdit(ProgramState& st, int index);
 
     // Leaving TVortelmPath: the monitor file's lowest and highest address
@@ -59,7 +59,7 @@ public:
     bool CLoaderAck = true;
     std::vector<std::string> LFeatures;
 
-private:
+  private:
     ProgramState& st_;
     int index_;
 };

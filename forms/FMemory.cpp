@@ -11,7 +11,9 @@ namespace {
 
 constexpr const char* kNoHexNumber = "No hexadezimal Number";
 
-bool IsHex(std::string_view text) { return !text.empty() && HexValue(text) >= 0; }
+bool IsHex(std::string_view text) {
+    return !text.empty() && HexValue(text) >= 0;
+}
 
 }  // namespace
 
@@ -38,12 +40,14 @@ void FMemory::RefreshAll() {
         const MemorySection& section = u.sections[static_cast<size_t>(s)];
         for (int r = 0; r < section.rangeCount; ++r) {
             const SectionRange& range = section.ranges[static_cast<size_t>(r)];
-            LSections.push_back("Section " + std::to_string(s) + ":" + HexText(range.startAddress, 6) + " - " +
+            LSections.push_back("Section " + std::to_string(s) + ":" +
+                                HexText(range.startAddress, 6) + " - " +
                                 HexText(range.startAddress + range.length - 1, 6));
         }
     }
     LFeatures.clear();
-    for (int i = 0; i < u.featureCount; ++i) LFeatures.push_back(u.features[static_cast<size_t>(i)]);
+    for (int i = 0; i < u.featureCount; ++i)
+        LFeatures.push_back(u.features[static_cast<size_t>(i)]);
 }
 
 std::string FMemory::CheckBlank(std::string_view text) {
@@ -58,8 +62,9 @@ std::string FMemory::CheckDriverPath(std::string_view text) {
     return !text.empty() && FileExists(st_, text, 0) ? "" : "File does not exist !";
 }
 
-std::string FMemory::AddRegion(std::string_view start, std::string_view length, std::string_view mapStart,
-                               std::string_view mapMask, std::string_view mapRegister) {
+std::string FMemory::AddRegion(std::string_view start, std::string_view length,
+                               std::string_view mapStart, std::string_view mapMask,
+                               std::string_view mapRegister) {
     for (std::string_view f : {start, length, mapStart, mapMask})
         if (!f.empty() && HexValue(f) < 0) return kNoHexNumber;
     if (start.empty() || length.empty()) return "Please insert at least start address and length";
@@ -82,10 +87,12 @@ std::string FMemory::AddRegion(std::string_view start, std::string_view length, 
 }
 
 std::string FMemory::AddActivate(std::string_view reg, std::string_view mask) {
-    if (SfrIndexByName(st_, reg) < 0 && !IsHex(reg)) return "No hexadezimal Number or valid SFR name";
+    if (SfrIndexByName(st_, reg) < 0 && !IsHex(reg))
+        return "No hexadezimal Number or valid SFR name";
     if (!IsHex(mask)) return kNoHexNumber;
     MemoryUnit& u = st_.memoryUnitCopy;
-    CheckBound(u.activateCount, static_cast<long long>(u.activateRegisters.size()) - 1, "activate register");
+    CheckBound(u.activateCount, static_cast<long long>(u.activateRegisters.size()) - 1,
+               "activate register");
     u.activateRegisters[static_cast<size_t>(u.activateCount)] = std::string(reg);
     u.activateMasks[static_cast<size_t>(u.activateCount)] = HexValue(mask);
     ++u.activateCount;
@@ -103,7 +110,8 @@ void FMemory::AddFeature(std::string_view feature) {
 void FMemory::RemoveSection(int index) {
     MemoryUnit& u = st_.memoryUnitCopy;
     if (index < 0 || index >= u.sectionCount) return;
-    for (int s = index; s + 1 < u.sectionCount; ++s) u.sections[static_cast<size_t>(s)] = u.sections[static_cast<size_t>(s + 1)];
+    for (int s = index; s + 1 < u.sectionCount; ++s)
+        u.sections[static_cast<size_t>(s)] = u.sections[static_cast<size_t>(s + 1)];
     --u.sectionCount;
     RefreshAll();
 }
@@ -112,7 +120,8 @@ void FMemory::RemoveActivate(int index) {
     MemoryUnit& u = st_.memoryUnitCopy;
     if (index < 0 || index >= u.activateCount) return;
     for (int i = index; i + 1 < u.activateCount; ++i) {
-        u.activateRegisters[static_cast<size_t>(i)] = u.activateRegisters[static_cast<size_t>(i + 1)];
+        u.activateRegisters[static_cast<size_t>(i)] =
+            u.activateRegisters[static_cast<size_t>(i + 1)];
         u.activateMasks[static_cast<size_t>(i)] = u.activateMasks[static_cast<size_t>(i + 1)];
     }
     --u.activateCount;
@@ -122,7 +131,8 @@ void FMemory::RemoveActivate(int index) {
 void FMemory::RemoveFeature(int index) {
     MemoryUnit& u = st_.memoryUnitCopy;
     if (index < 0 || index >= u.featureCount) return;
-    for (int i = index; i + 1 < u.featureCount; ++i) u.features[static_cast<size_t>(i)] = u.features[static_cast<size_t>(i + 1)];
+    for (int i = index; i + 1 < u.featureCount; ++i)
+        u.features[static_cast<size_t>(i)] = u.features[static_cast<size_t>(i + 1)];
     --u.featureCount;
     RefreshAll();
 }
@@ -132,7 +142,8 @@ void FMemory::BOk() {
     u.name = TName;
     u.type = DType;
     if (CheckBlank(TBlank).empty()) u.blank = static_cast<uint8_t>(HexValue(TBlank));
-    if (CheckBurstSize(TBurstsize).empty()) u.burstSize = static_cast<int16_t>(HexValue(TBurstsize));
+    if (CheckBurstSize(TBurstsize).empty())
+        u.burstSize = static_cast<int16_t>(HexValue(TBurstsize));
     u.driverPath = TDriverPath;
     u.driverMode = static_cast<int16_t>(DDriverMode);
     CheckBound(unit_, st_.memoryUnitCount - 1, "memory unit");

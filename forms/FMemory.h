@@ -14,14 +14,15 @@ struct ProgramState;
 
 namespace vortelm::forms {
 
-constexpr std::array<const char*, 14> kMemoryTypes{"RAM",  "IRAM", "XRAM",    "DPRAM",  "DSRAM", "PSRAM", "IROM",
-                                                   "ROM",  "OTP",  "IEEPROM", "EEPROM", "IFLASH", "FLASH", "XPER"};
+constexpr std::array<const char*, 14> kMemoryTypes{"RAM",    "IRAM",   "XRAM",  "DPRAM", "DSRAM",
+                                                   "PSRAM",  "IROM",   "ROM",   "OTP",   "IEEPROM",
+                                                   "EEPROM", "IFLASH", "FLASH", "XPER"};
 constexpr std::array<const char*, 2> kDriverModes{"Vortelm", "Banhart"};
-constexpr std::array<const char*, 8> kDriverFeatures{"ERASE", "PROGRAM", "STATUS",    "LOCK",
+constexpr std::array<const char*, 8> kDriverFeatures{"ERASE",  "PROGRAM", "STATUS",    "LOCK",
                                                      "UNLOCK", "PROTECT", "UNPROTECT", "ERASEWL"};
 
 class FMemory {
-public:
+  public:
     FMemory(ProgramState& st, int unit) : st_(st), unit_(unit) {}
 
     // Takes the copy of the unit and shows it.
@@ -34,8 +35,9 @@ public:
     [[nodiscard]] std::string CheckDriverPath(std::string_view text);
 
     // The small forms' OK: the message, or empty when the copy took it.
-    [[nodiscard]] std::string AddRegion(std::string_view start, std::string_view length, std::string_view mapStart,
-                                        std::string_view mapMask, std::string_view mapRegister);
+    [[nodiscard]] std::string AddRegion(std::string_view start, std::string_view length,
+                                        std::string_view mapStart, std::string_view mapMask,
+                                        std::string_view mapRegister);
     [[nodiscard]] std::string AddActivate(std::string_view reg, std::string_view mask);
     void AddFeature(std::string_view feature);
     void RemoveSection(int index);
@@ -55,7 +57,7 @@ public:
     std::vector<std::string> LSections;
     std::vector<std::string> LFeatures;
 
-private:
+  private:
     ProgramState& st_;
     int unit_;
 };

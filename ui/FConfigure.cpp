@@ -20,41 +20,17 @@
 
 #include "core/Host.h"
 #include "core/ProgramState.h"
+#include "ui/FormParts.h"
 #include "ui/Scaling.h"
 
 namespace vortelm::ui {
 
 namespace {
 
-QString Q(const std::string& s) { return QString::fromStdString(s); }
-
-QLineEdit* Field(const char* name) {
-    auto* e = new QLineEdit;
-    e->setObjectName(QString::fromUtf8(name));
-    return e;
-}
-
-QPushButton* Button(const char* name, const char* caption) {
-    auto* b = new QPushButton(QString::fromUtf8(caption));
-    b->setObjectName(QString::fromUtf8(name));
-    b->setAutoDefault(false);
-    return b;
-}
-
-QDialogButtonBox* OkCancel(QDialog* d, const std::function<void()>& ok) {
-    auto* buttons = new QDialogButtonBox;
-    QPushButton* b = buttons->addButton(QDialogButtonBox::Ok);
-    b->setObjectName(QStringLiteral("BOk"));
-    QPushButton* c = buttons->addButton(QDialogButtonBox::Cancel);
-    c->setObjectName(QStringLiteral("BCancel"));
-    QObject::connect(b, &QPushButton::clicked, d, ok);
-    QObject::connect(c, &QPushButton::clicked, d, &QDialog::reject);
-    return buttons;
-}
-
 // Checks a field when it loses the focus: the message goes through the
 // host's box and the focus goes back to the field.
-void CheckOnFocusLoss(QLineEdit* field, ProgramState& st, std::function<std::string(std::string_view)> check) {
+void CheckOnFocusLoss(QLineEdit* field, ProgramState& st,
+                      std::function<std::string(std::string_view)> check) {
     QObject::connect(field, &QLineEdit::editingFinished, field, [field, &st, check]() {
         const std::string message = check(field->text().toStdString());
         if (message.empty()) return;
@@ -72,7 +48,8 @@ void Fill(QListWidget* list, const std::vector<std::string>& lines) {
 
 // ---- FMemory
 
-FMemory::FMemory(ProgramState& st, int unit, QWidget* parent) : QDialog(parent), logic_(st, unit), st_(st) {
+FMemory::FMemory(ProgramState& st, int unit, QWidget* parent)
+    : QDialog(parent), logic_(st, unit), st_(st) {
     setObjectName(QStringLiteral("FMemory"));
     setWindowTitle(QStringLiteral("Memory Unit"));
     setModal(true);
@@ -104,7 +81,8 @@ FMemory::FMemory(ProgramState& st, int unit, QWidget* parent) : QDialog(parent),
     form->addRow(QStringLiteral("Driver"), driver_);
     form->addRow(QStringLiteral("Driver mode"), mode_);
     auto* lists = new QGridLayout;
-    auto column = [&](int c, const char* caption, QListWidget* list, QPushButton* add, QPushButton* remove) {
+    auto column = [&](int c, const char* caption, QListWidget* list, QPushButton* add,
+                      QPushButton* remove) {
         lists->addWidget(new QLabel(QString::fromUtf8(caption)), 0, c);
         lists->addWidget(list, 1, c);
         auto* row = new QHBoxLayout;
@@ -174,18 +152,19 @@ void FMemory::BAddRegion_Click() {
     QDialog d(this);
     d.setObjectName(QStringLiteral("FMemoryRegions"));
     d.setWindowTitle(QStringLiteral("Memory Region"));
-    std::array<QLineEdit*, 5> f{Field("TStart"), Field("TLength"), Field("TMapStart"), Field("TMapMask"),
-                                Field("TMapRegister")};
+    std::array<QLineEdit*, 5> f{Field("TStart"), Field("TLength"), Field("TMapStart"),
+                                Field("TMapMask"), Field("TMapRegister")};
     auto* form = new QFormLayout;
-    const char* captions[] = {"Start address", "Length", "Map start address", "Map mask", "Map register"};
+    const char* captions[] = {"Start address", "Length", "Map start address", "Map mask",
+                              "Map register"};
     for (size_t i = 0; i < f.size(); ++i) form->addRow(QString::fromUtf8(captions[i]), f[i]);
     auto* lay = new QVBoxLayout(&d);
     lay->addLayout(form);
     lay->addWidget(OkCancel(&d, [&]() {
         take();
-        const std::string message =
-            logic_.AddRegion(f[0]->text().toStdString(), f[1]->text().toStdString(), f[2]->text().toStdString(),
-                             f[3]->text().toStdString(), f[4]->text().toStdString());
+        const std::string message = logic_.AddRegion(
+            f[0]->text().toStdString(), f[1]->text().toStdString(), f[2]->text().toStdString(),
+            f[3]->text().toStdString(), f[4]->text().toStdString());
         if (!message.empty()) {
             st_.host->messageBox(message, MsgButtons::Ok, MsgIcon::Exclamation);
             return;
@@ -209,7 +188,8 @@ void FMemory::BAddActivate_Click() {
     lay->addLayout(form);
     lay->addWidget(OkCancel(&d, [&]() {
         take();
-        const std::string message = logic_.AddActivate(reg->text().toStdString(), mask->text().toStdString());
+        const std::string message =
+            logic_.AddActivate(reg->text().toStdString(), mask->text().toStdString());
         if (!message.empty()) {
             st_.host->messageBox(message, MsgButtons::Ok, MsgIcon::Exclamation);
             return;
@@ -277,7 +257,8 @@ FConfigure::FConfigure(ProgramState& st, QWidget* parent) : QDialog(parent), log
         logic_.IMemoryMapped_Click(mapped_->row(item));
         showMemoryLists();
     });
-    connect(memory_, &QListWidget::itemDoubleClicked, this, [this](QListWidgetItem*) { BMemoryEdit_Click(); });
+    connect(memory_, &QListWidget::itemDoubleClicked, this,
+            [this](QListWidgetItem*) { BMemoryEdit_Click(); });
     QPushButton* add = Button("BMemoryAdd", "Add");
     QPushButton* edit = Button("BMemoryEdit", "Edit");
     QPushButton* remove = Button("BMemoryRemove", "Remove");
@@ -295,7 +276,8 @@ FConfigure::FConfigure(ProgramState& st, QWidget* parent) : QDialog(parent), log
         names_[static_cast<size_t>(i)]->setEditable(true);
         values_[static_cast<size_t>(i)] = new QLineEdit;
         values_[static_cast<size_t>(i)]->setObjectName(QStringLiteral("TRegValue%1").arg(i));
-        CheckOnFocusLoss(values_[static_cast<size_t>(i)], st, &forms::FConfigure::CheckRegisterValue);
+        CheckOnFocusLoss(values_[static_cast<size_t>(i)], st,
+                         &forms::FConfigure::CheckRegisterValue);
         const int row = i % 6;
         const int col = (i / 6) * 3;
         grid->addWidget(marks_[static_cast<size_t>(i)], row, col);
@@ -303,14 +285,18 @@ FConfigure::FConfigure(ProgramState& st, QWidget* parent) : QDialog(parent), log
         grid->addWidget(values_[static_cast<size_t>(i)], row, col + 2);
     }
     for (int g = 0; g < forms::kGenericRows; ++g) {
-        genericMarks_[static_cast<size_t>(g)] = new QCheckBox(QStringLiteral("Generic %1").arg(g + 1));
+        genericMarks_[static_cast<size_t>(g)] =
+            new QCheckBox(QStringLiteral("Generic %1").arg(g + 1));
         genericMarks_[static_cast<size_t>(g)]->setObjectName(QStringLiteral("CGEN%1").arg(g));
         genericAddresses_[static_cast<size_t>(g)] = Field("TGENADDR");
-        genericAddresses_[static_cast<size_t>(g)]->setObjectName(QStringLiteral("TGENADDR%1").arg(g));
+        genericAddresses_[static_cast<size_t>(g)]->setObjectName(
+            QStringLiteral("TGENADDR%1").arg(g));
         genericData_[static_cast<size_t>(g)] = Field("TGENDATA");
         genericData_[static_cast<size_t>(g)]->setObjectName(QStringLiteral("TGENDATA%1").arg(g));
-        CheckOnFocusLoss(genericAddresses_[static_cast<size_t>(g)], st, &forms::FConfigure::CheckGenericValue);
-        CheckOnFocusLoss(genericData_[static_cast<size_t>(g)], st, &forms::FConfigure::CheckGenericValue);
+        CheckOnFocusLoss(genericAddresses_[static_cast<size_t>(g)], st,
+                         &forms::FConfigure::CheckGenericValue);
+        CheckOnFocusLoss(genericData_[static_cast<size_t>(g)], st,
+                         &forms::FConfigure::CheckGenericValue);
         grid->addWidget(genericMarks_[static_cast<size_t>(g)], 6 + g, 0, 1, 2);
         grid->addWidget(genericAddresses_[static_cast<size_t>(g)], 6 + g, 2, 1, 2);
         grid->addWidget(genericData_[static_cast<size_t>(g)], 6 + g, 4, 1, 2);
@@ -385,13 +371,15 @@ void FConfigure::take() {
     logic_.DMCType = type_->currentText().toStdString();
     logic_.TClk = clock_->text().toStdString();
     for (int i = 0; i < forms::kInitRows; ++i)
-        logic_.rows[static_cast<size_t>(i)] = {marks_[static_cast<size_t>(i)]->isChecked(),
-                                               names_[static_cast<size_t>(i)]->currentText().toStdString(),
-                                               values_[static_cast<size_t>(i)]->text().toStdString()};
+        logic_.rows[static_cast<size_t>(i)] = {
+            marks_[static_cast<size_t>(i)]->isChecked(),
+            names_[static_cast<size_t>(i)]->currentText().toStdString(),
+            values_[static_cast<size_t>(i)]->text().toStdString()};
     for (int g = 0; g < forms::kGenericRows; ++g)
-        logic_.generic[static_cast<size_t>(g)] = {genericMarks_[static_cast<size_t>(g)]->isChecked(),
-                                                  genericAddresses_[static_cast<size_t>(g)]->text().toStdString(),
-                                                  genericData_[static_cast<size_t>(g)]->text().toStdString()};
+        logic_.generic[static_cast<size_t>(g)] = {
+            genericMarks_[static_cast<size_t>(g)]->isChecked(),
+            genericAddresses_[static_cast<size_t>(g)]->text().toStdString(),
+            genericData_[static_cast<size_t>(g)]->text().toStdString()};
     logic_.CEINIT = einit_->isChecked();
 }
 

@@ -20,7 +20,7 @@ namespace vortelm::ui {
 
 class FMemory : public QDialog {
     Q_OBJECT
-public:
+  public:
     FMemory(ProgramState& st, int unit, QWidget* parent = nullptr);
     [[nodiscard]] forms::FMemory& logic() { return logic_; }
     void RefreshAll();
@@ -29,7 +29,7 @@ public:
     void BAddActivate_Click();
     void BAddFeature_Click();
 
-private:
+  private:
     void take();
     forms::FMemory logic_;
     ProgramState& st_;
@@ -46,7 +46,7 @@ private:
 
 class FConfigure : public QDialog {
     Q_OBJECT
-public:
+  public:
     FConfigure(ProgramState& st, QWidget* parent = nullptr);
     [[nodiscard]] forms::FConfigure& logic() { return logic_; }
 
@@ -57,10 +57,10 @@ public:
     void BMemoryEdit_Click();
     void BMemoryRemove_Click();
 
-signals:
+  signals:
     void stored();
 
-private:
+  private:
     void take();
     void showMemoryLists();
     forms::FConfigure logic_;

@@ -12,39 +12,10 @@
 
 #include "core/Host.h"
 #include "core/ProgramState.h"
+#include "ui/FormParts.h"
 #include "ui/Scaling.h"
 
 namespace vortelm::ui {
-
-namespace {
-
-QString Q(const std::string& s) { return QString::fromStdString(s); }
-
-QLineEdit* Field(const char* name) {
-    auto* e = new QLineEdit;
-    e->setObjectName(QString::fromUtf8(name));
-    return e;
-}
-
-QPushButton* Button(const char* name, const char* caption) {
-    auto* b = new QPushButton(QString::fromUtf8(caption));
-    b->setObjectName(QString::fromUtf8(name));
-    b->setAutoDefault(false);
-    return b;
-}
-
-QDialogButtonBox* OkCancel(QDialog* d, const std::function<void()>& ok) {
-    auto* buttons = new QDialogButtonBox;
-    QPushButton* b = buttons->addButton(QDialogButtonBox::Ok);
-    b->setObjectName(QStringLiteral("BOk"));
-    QPushButton* c = buttons->addButton(QDialogButtonBox::Cancel);
-    c->setObjectName(QStringLiteral("BCancel"));
-    QObject::connect(b, &QPushButton::clicked, d, ok);
-    QObject::connect(c, &QPushButton::clicked, d, &QDialog::reject);
-    return buttons;
-}
-
-}  // namespace
 
 // ---- FKernelEdit
 
@@ -169,7 +140,8 @@ FKernel::FKernel(ProgramState& st, QWidget* parent) : QDialog(parent), logic_(st
     list_ = new QListWidget;
     list_->setObjectName(QStringLiteral("LKernel"));
     list_->setMinimumWidth(480);
-    connect(list_, &QListWidget::itemDoubleClicked, this, [this](QListWidgetItem*) { BEdit_Click(); });
+    connect(list_, &QListWidget::itemDoubleClicked, this,
+            [this](QListWidgetItem*) { BEdit_Click(); });
     QPushButton* activate = Button("BActivate", "Activate");
     QPushButton* add = Button("BAdd", "Add");
     QPushButton* edit = Button("BEdit", "Edit");

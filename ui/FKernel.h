@@ -14,16 +14,16 @@ namespace vortelm::ui {
 
 class FKernelEdit : public QDialog {
     Q_OBJECT
-public:
+  public:
     FKernelEdit(ProgramState& st, int index, QWidget* parent = nullptr);
     [[nodiscard]] forms::FKernelEdit& logic() { return logic_; }
     void BOk_Click();
     void BAddFeature_Click();
 
-protected:
+  protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-private:
+  private:
     void take();
     void showFeatures();
     forms::FKernelEdit logic_;
@@ -40,7 +40,7 @@ private:
 
 class FKernel : public QDialog {
     Q_OBJECT
-public:
+  public:
     FKernel(ProgramState& st, QWidget* parent = nullptr);
     [[nodiscard]] forms::FKernel& logic() { return logic_; }
     void RefreshKernelList();
@@ -48,7 +48,7 @@ public:
     void BEdit_Click();
     void BOk_Click();
 
-private:
+  private:
     forms::FKernel logic_;
     ProgramState& st_;
     QListWidget* list_ = nullptr;

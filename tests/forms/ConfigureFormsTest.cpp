@@ -90,7 +90,8 @@ TEST_F(Configure, FamilyTwoWithYesToTheRegistersLeavesAllRowsEmpty) {
     ASSERT_EQ(host.boxes.size(), 3u);
     EXPECT_EQ(host.boxes[0].text, "Do you want to load default memory units of this Type ?");
     EXPECT_EQ(host.boxes[1].text, "Do you want to activate the default kernel for this type ?");
-    EXPECT_EQ(host.boxes[2].text, "Do you want to load default initialization registers of this Type ?");
+    EXPECT_EQ(host.boxes[2].text,
+              "Do you want to load default initialization registers of this Type ?");
     EXPECT_EQ(host.boxes[2].buttons, MsgButtons::YesNo);
 }
 
@@ -195,11 +196,13 @@ TEST_F(Configure, UnitFormAddsRegionsActivatesAndFeaturesAndOkStoresTheWholeUnit
     const int unit = f.BMemoryAdd();
     FMemory m(st(), unit);
     m.GetMemUnit();
-    EXPECT_EQ(m.AddRegion("", "100", "", "", ""), "Please insert at least start address and length");
+    EXPECT_EQ(m.AddRegion("", "100", "", "", ""),
+              "Please insert at least start address and length");
     EXPECT_EQ(m.AddRegion("G0", "100", "", "", ""), "No hexadezimal Number");
     EXPECT_EQ(m.AddRegion("10000", "8000", "", "", ""), "");
     EXPECT_EQ(m.AddRegion("20000", "100", "30000", "FF", "XADRS"), "");
-    EXPECT_EQ(m.LSections, (std::vector<std::string>{"Section 0:010000 - 017FFF", "Section 1:020000 - 0200FF"}));
+    EXPECT_EQ(m.LSections,
+              (std::vector<std::string>{"Section 0:010000 - 017FFF", "Section 1:020000 - 0200FF"}));
     EXPECT_EQ(m.AddActivate("NOSUCHREG", "1"), "No hexadezimal Number or valid SFR name");
     EXPECT_EQ(m.AddActivate("FF00", "G"), "No hexadezimal Number");
     EXPECT_EQ(m.AddActivate("FF00", "0400"), "");

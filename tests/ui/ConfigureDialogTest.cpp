@@ -9,9 +9,9 @@
 #include <sstream>
 
 #include "config/Kernels.h"
+#include "tests/ui/UiFixture.h"
 #include "ui/FConfigure.h"
 #include "ui/FKernel.h"
-#include "tests/ui/UiFixture.h"
 
 namespace vortelm::testing {
 namespace {
@@ -26,7 +26,8 @@ std::string FileText(const std::string& path) {
 }
 
 TEST_F(ConfigureDialog, EachOtherFamilyConnectsAfterOkAndIsWrittenToThePreferences) {
-    const std::pair<const char*, int16_t> types[] = {{"ZTA9Y_BB", 1}, {"ZT7000_BB", 2}, {"ALD7RK_BB", 0}};
+    const std::pair<const char*, int16_t> types[] = {
+        {"ZTA9Y_BB", 1}, {"ZT7000_BB", 2}, {"ALD7RK_BB", 0}};
     for (const auto& [type, family] : types) {
         window->doDisconnect();
         ui::FConfigure d(st(), window.get());
@@ -39,7 +40,8 @@ TEST_F(ConfigureDialog, EachOtherFamilyConnectsAfterOkAndIsWrittenToThePreferenc
         d.findChild<QAbstractButton*>("BOk")->click();
         EXPECT_EQ(st().MCTYPE, type);
         EXPECT_EQ(st().ControllerFamily, family);
-        EXPECT_NE(FileText(home + "/home/default.ini").find(std::string("MCTYPE=") + type), std::string::npos);
+        EXPECT_NE(FileText(home + "/home/default.ini").find(std::string("MCTYPE=") + type),
+                  std::string::npos);
         window->doConnect();
         EXPECT_EQ(st().ConnectionState, kConnectedAndReady) << type << "\n" << st().terminalBuffer;
     }
