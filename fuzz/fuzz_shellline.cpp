@@ -14,6 +14,7 @@
 
 #include <unistd.h>
 
+#include "apps/SimOpener.h"
 #include "core/ProgramState.h"
 #include "core/TestHost.h"
 #include "link/ComPort.h"
@@ -45,6 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         shell::ProgramOptions options;
         options.home = Home();
         options.portOverride = "sim:";
+        apps::AddSimOpener(options.openers);
         auto p = std::make_unique<shell::Program>(host, options);
         p->StartUp();
         return p;
