@@ -39,7 +39,7 @@ namespace {
 using namespace vortelm;
 
 class VirtualClockHost : public Host {
-public:
+  public:
     int64_t nowUs() override {
         // A caller that asks for the time over and over without yielding is
         // spinning on the line: its time passes until the line's next event.
@@ -62,7 +62,7 @@ public:
     int64_t now = 0;
     channel::ByteChannel* line = nullptr;  // the board's line, for the spin
 
-private:
+  private:
     void advanceToNextEvent(std::optional<int64_t> untilUs) {
         if (advancing) return;
         advancing = true;
@@ -106,7 +106,8 @@ Figures Run(int32_t baud, int latencyMs, int32_t bytes) {
         port.get_preferences();  // takes the settings text of BAUDRATE and opens
         if (!port.isOpen()) return f;
         host.line = port.channel();
-        target::Target tgt(st, port, [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
+        target::Target tgt(st, port,
+                           [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
         if (target::connect(tgt, 0) != 0) return f;
         // the whole external RAM of the default controller
         const int32_t base = 0x100000;
@@ -194,7 +195,8 @@ Figures RunOnPty(const std::string& sim, int32_t baud, int32_t bytes, double& cp
     link::ComPort port(st);
     port.get_preferences();
     if (!port.isOpen()) return f;
-    target::Target tgt(st, port, [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
+    target::Target tgt(st, port,
+                       [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
     if (target::connect(tgt, 0) != 0) return f;
     const int32_t base = 0x100000;
     for (int32_t i = 0; i < bytes; ++i) {
@@ -225,9 +227,11 @@ int PtyMain(int32_t kib, int runs) {
     const int32_t bytes = kib * 1024;
     const int32_t baud = 115200;
     const double limit = baud / 10.0;
-    std::printf("vortelm-sim on a pseudo-terminal, paced, %d baud, %d KiB each way, wall clock\n", baud, kib);
+    std::printf("vortelm-sim on a pseudo-terminal, paced, %d baud, %d KiB each way, wall clock\n",
+                baud, kib);
     std::printf("peer: the line's limit of %.0f B/s; the protocol allows 98.8 %%\n", limit);
-    std::printf("%4s %10s %9s %10s %9s %9s\n", "run", "down B/s", "down %", "up B/s", "up %", "cpu s");
+    std::printf("%4s %10s %9s %10s %9s %9s\n", "run", "down B/s", "down %", "up B/s", "up %",
+                "cpu s");
     // VORTELM_BENCH_OLD_SIM names another board program (an older build) to
     // run in turn with ours under the same load, printed as "before".
     const char* old = std::getenv("VORTELM_BENCH_OLD_SIM");
@@ -235,7 +239,8 @@ int PtyMain(int32_t kib, int runs) {
     for (int r = 0; r < runs; ++r) {
         for (int pass = old ? 0 : 1; pass < 2; ++pass) {
             double cpu = 0;
-            const Figures f = RunOnPty(pass == 0 ? std::string(old) : std::string(VORTELM_SIM), baud, bytes, cpu);
+            const Figures f =
+                RunOnPty(pass == 0 ? std::string(old) : std::string(VORTELM_SIM), baud, bytes, cpu);
             if (!f.ok) {
                 std::printf("%4d  transfer failed\n", r + 1);
                 return 1;
@@ -244,8 +249,8 @@ int PtyMain(int32_t kib, int runs) {
             const double up = bytes / f.uploadSeconds;
             (pass == 0 ? oldDowns : downs).push_back(100 * down / limit);
             (pass == 0 ? oldUps : ups).push_back(100 * up / limit);
-            std::printf("%4d %10.0f %8.2f%% %10.0f %8.2f%% %9.3f%s\n", r + 1, down, 100 * down / limit, up,
-                        100 * up / limit, cpu, pass == 0 ? "  before" : "");
+            std::printf("%4d %10.0f %8.2f%% %10.0f %8.2f%% %9.3f%s\n", r + 1, down,
+                        100 * down / limit, up, 100 * up / limit, cpu, pass == 0 ? "  before" : "");
         }
     }
     auto median = [](std::vector<double> v) {
@@ -253,10 +258,11 @@ int PtyMain(int32_t kib, int runs) {
         return v[v.size() / 2];
     };
     if (old)
-        std::printf("median before: down %.2f %%, up %.2f %% of the line\n", median(oldDowns), median(oldUps));
+        std::printf("median before: down %.2f %%, up %.2f %% of the line\n", median(oldDowns),
+                    median(oldUps));
     const double worst = std::min(median(downs), median(ups));
-    std::printf("median: down %.2f %%, up %.2f %% of the line (goal at least 97 %%: %s)\n", median(downs),
-                median(ups), worst >= 97.0 ? "met" : "not met");
+    std::printf("median: down %.2f %%, up %.2f %% of the line (goal at least 97 %%: %s)\n",
+                median(downs), median(ups), worst >= 97.0 ? "met" : "not met");
     return 0;
 }
 
@@ -265,10 +271,12 @@ int PtyMain(int32_t kib, int runs) {
 int main(int argc, char** argv) {
     // bench_transfer --pty [KiB] [runs]: the wall-clock figures on a pseudo-terminal.
     if (argc > 1 && std::string(argv[1]) == "--pty")
-        return PtyMain(argc > 2 ? std::max(1, std::atoi(argv[2])) : 64, argc > 3 ? std::max(1, std::atoi(argv[3])) : 3);
+        return PtyMain(argc > 2 ? std::max(1, std::atoi(argv[2])) : 64,
+                       argc > 3 ? std::max(1, std::atoi(argv[3])) : 3);
     const int32_t bytes = 256 * 1024;
     std::printf("payload %d bytes; peer: the line's limit of baud/10 bytes per second\n", bytes);
-    std::printf("%8s %8s %10s %10s %10s %10s\n", "baud", "latency", "down B/s", "down %", "up B/s", "up %");
+    std::printf("%8s %8s %10s %10s %10s %10s\n", "baud", "latency", "down B/s", "down %", "up B/s",
+                "up %");
     int failures = 0;
     for (int32_t baud : {9600, 115200})
         for (int latency : {0, 1}) {
@@ -281,8 +289,8 @@ int main(int argc, char** argv) {
             const double limit = baud / 10.0;
             const double down = bytes / f.downloadSeconds;
             const double up = bytes / f.uploadSeconds;
-            std::printf("%8d %6dms %10.0f %9.2f%% %10.0f %9.2f%%\n", baud, latency, down, 100 * down / limit, up,
-                        100 * up / limit);
+            std::printf("%8d %6dms %10.0f %9.2f%% %10.0f %9.2f%%\n", baud, latency, down,
+                        100 * down / limit, up, 100 * up / limit);
         }
     return failures == 0 ? 0 : 1;
 }

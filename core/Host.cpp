@@ -93,7 +93,9 @@ int Host::startTimer(int intervalMs, std::function<void()> fn) {
     return id;
 }
 
-void Host::stopTimer(int id) { (*loop_).timers.erase(id); }
+void Host::stopTimer(int id) {
+    (*loop_).timers.erase(id);
+}
 
 void Host::yield(std::optional<int64_t> untilUs) {
     auto& l = (*loop_);
@@ -113,7 +115,8 @@ void Host::yield(std::optional<int64_t> untilUs) {
     // every 87 us at 115200 baud, and a wait rounded up to 1 ms per byte
     // would cost more than the line itself.
     const int64_t waitUs = std::clamp<int64_t>(wake - now, 0, 1'000'000);
-    const timespec ts{static_cast<time_t>(waitUs / 1'000'000), static_cast<long>(waitUs % 1'000'000) * 1000};
+    const timespec ts{static_cast<time_t>(waitUs / 1'000'000),
+                      static_cast<long>(waitUs % 1'000'000) * 1000};
     int n = ::ppoll(fds.data(), fds.size(), &ts, nullptr);
     // Sources and timers may add or remove others while they run: work on copies.
     if (n > 0) {
@@ -147,7 +150,7 @@ void Host::yield(std::optional<int64_t> untilUs) {
 
 MsgAnswer Host::messageBox(std::string_view, MsgButtons buttons, MsgIcon, std::string_view) {
     return buttons == MsgButtons::YesNo || buttons == MsgButtons::YesNoCancel ? MsgAnswer::Yes
-                                                                               : MsgAnswer::Ok;
+                                                                              : MsgAnswer::Ok;
 }
 
 std::optional<std::string> Host::inputBox(std::string_view, std::string_view,
@@ -157,10 +160,16 @@ std::optional<std::string> Host::inputBox(std::string_view, std::string_view,
 
 void Host::setBusy(bool) {}
 void Host::showMessageWindow(std::string_view) {}
-std::string Host::clipboardText() { return clipboard_; }
-void Host::setClipboardText(std::string_view text) { clipboard_ = std::string(text); }
+std::string Host::clipboardText() {
+    return clipboard_;
+}
+void Host::setClipboardText(std::string_view text) {
+    clipboard_ = std::string(text);
+}
 void Host::printLines(std::span<const std::string>) {}
-bool Host::startDetached(const std::string&, const std::vector<std::string>&) { return false; }
+bool Host::startDetached(const std::string&, const std::vector<std::string>&) {
+    return false;
+}
 void Host::terminalAppended(std::string_view) {}
 void Host::terminalCleared() {}
 void Host::scaleForms(double, double) {}

@@ -26,7 +26,7 @@ enum class MsgAnswer { Ok, Cancel, Yes, No };
 // The loop calls dispatch() when either happens. A source that wants nothing
 // at the moment returns -1 and no time.
 class EventSource {
-public:
+  public:
     virtual ~EventSource() = default;
     [[nodiscard]] virtual int pollFd() const { return -1; }
     [[nodiscard]] virtual std::optional<int64_t> dueUs() const { return std::nullopt; }
@@ -34,7 +34,7 @@ public:
 };
 
 class Host {
-public:
+  public:
     Host();
     virtual ~Host();
     Host(const Host&) = delete;
@@ -108,10 +108,10 @@ public:
     // its present scale).
     virtual void scaleForms(double xFactor, double yFactor);
 
-protected:
+  protected:
     std::string clipboard_;
 
-private:
+  private:
     struct Loop;  // sources, timers and the random generator of the default loop
     std::unique_ptr<Loop> loop_;
 };

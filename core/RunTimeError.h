@@ -13,7 +13,7 @@
 namespace vortelm {
 
 class RunTimeError : public std::runtime_error {
-public:
+  public:
     explicit RunTimeError(const std::string& bound) : std::runtime_error(bound) {}
 };
 

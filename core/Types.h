@@ -14,7 +14,9 @@ namespace vortelm {
 // 16-bit booleans hold -1 for true and 0 for false.
 constexpr int16_t kTrue = -1;
 constexpr int16_t kFalse = 0;
-[[nodiscard]] constexpr int16_t Flag(bool b) { return b ? kTrue : kFalse; }
+[[nodiscard]] constexpr int16_t Flag(bool b) {
+    return b ? kTrue : kFalse;
+}
 
 // ---- connection ------------------------------------------------------------
 
@@ -180,7 +182,6 @@ struct UserScript {
 struct DumpSegment {
     std::array<uint8_t, 65536> data{};
     std::array<uint8_t, 65536> status{};
-
 };
 
 // A segment lives on the heap, or in the space that image/ reserves for all

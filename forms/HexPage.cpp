@@ -72,7 +72,9 @@ std::string HexPage::rowText(int rowIndex) {
     return text;
 }
 
-std::string HexPage::pageText() const { return HexText(actPage * 16, 6); }
+std::string HexPage::pageText() const {
+    return HexText(actPage * 16, 6);
+}
 
 void HexPage::GotoPage(int32_t page1) {
     actPage = page1;
@@ -95,58 +97,65 @@ void HexPage::keyDown(int index, HexKey key) {
     auto& sel = st_.selections;
     bool moved = false;
     switch (key) {
-    case HexKey::Shift: {
-        selectingByKey = 1;
-        const auto i = static_cast<size_t>(sel.count);
-        sel.start[i] = cellAddress(index);
-        sel.end[i] = cellAddress(index);
-        break;
-    }
-    case HexKey::Ctrl: ctrlHeld = 1; break;
-    case HexKey::Escape: st_.scriptAbort = 1; break;
-    case HexKey::PageUp:
-        if (actPage - 16 >= 0) actPage -= 16;
-        moved = true;
-        break;
-    case HexKey::PageDown:
-        if (actPage + 16 < 0x10001) actPage += 16;
-        moved = true;
-        break;
-    case HexKey::Left:
-        if (column > 0) {
-            --column;
-        } else if (row != 0) {
-            column = 15;
-            --row;
+        case HexKey::Shift: {
+            selectingByKey = 1;
+            const auto i = static_cast<size_t>(sel.count);
+            sel.start[i] = cellAddress(index);
+            sel.end[i] = cellAddress(index);
+            break;
         }
-        moved = true;
-        break;
-    case HexKey::Right:
-        if (column < 15) {
-            ++column;
-        } else if (row < 15) {
-            column = 0;
-            ++row;
-        }
-        moved = true;
-        break;
-    case HexKey::Up:
-        if (row > 0)
-            --row;
-        else if (actPage > 0)
-            --actPage;
-        moved = true;
-        break;
-    case HexKey::Down:
-        if (row < 15)
-            ++row;
-        else if (actPage < 0x10000)
-            ++actPage;
-        moved = true;
-        break;
-    case HexKey::Delete: Unread(); break;
-    case HexKey::Edit:
-    case HexKey::Other: break;
+        case HexKey::Ctrl:
+            ctrlHeld = 1;
+            break;
+        case HexKey::Escape:
+            st_.scriptAbort = 1;
+            break;
+        case HexKey::PageUp:
+            if (actPage - 16 >= 0) actPage -= 16;
+            moved = true;
+            break;
+        case HexKey::PageDown:
+            if (actPage + 16 < 0x10001) actPage += 16;
+            moved = true;
+            break;
+        case HexKey::Left:
+            if (column > 0) {
+                --column;
+            } else if (row != 0) {
+                column = 15;
+                --row;
+            }
+            moved = true;
+            break;
+        case HexKey::Right:
+            if (column < 15) {
+                ++column;
+            } else if (row < 15) {
+                column = 0;
+                ++row;
+            }
+            moved = true;
+            break;
+        case HexKey::Up:
+            if (row > 0)
+                --row;
+            else if (actPage > 0)
+                --actPage;
+            moved = true;
+            break;
+        case HexKey::Down:
+            if (row < 15)
+                ++row;
+            else if (actPage < 0x10000)
+                ++actPage;
+            moved = true;
+            break;
+        case HexKey::Delete:
+            Unread();
+            break;
+        case HexKey::Edit:
+        case HexKey::Other:
+            break;
     }
     if (moved) afterMove();
     if (selectingByKey == 1) {
@@ -172,16 +181,21 @@ void HexPage::keyUp(int index, HexKey key, std::string_view cellText) {
     column = static_cast<int16_t>(index % 16);
     row = static_cast<int16_t>(index / 16);
     switch (key) {
-    case HexKey::Shift:
-        if (selectingByKey == 1) {
-            selectingByKey = 0;
-            closeWorkingPair(cellAddress(index));
-            RefreshMemory();
-        }
-        break;
-    case HexKey::Ctrl: ctrlHeld = 0; break;
-    case HexKey::Edit: editCell(index, cellText); break;
-    default: break;
+        case HexKey::Shift:
+            if (selectingByKey == 1) {
+                selectingByKey = 0;
+                closeWorkingPair(cellAddress(index));
+                RefreshMemory();
+            }
+            break;
+        case HexKey::Ctrl:
+            ctrlHeld = 0;
+            break;
+        case HexKey::Edit:
+            editCell(index, cellText);
+            break;
+        default:
+            break;
     }
 }
 
@@ -201,7 +215,8 @@ void HexPage::editCell(int index, std::string_view text) {
     if (value == -1 || value >= 256) {
         Tell(st_, kNoTwoDigits);
         const bool defined = IsDefined(dump, address) != 0;
-        view_.setCellText(index, defined ? HexText(ReadDumpByte(dump, address), 2) : st_.BLANK_CHAR);
+        view_.setCellText(index,
+                          defined ? HexText(ReadDumpByte(dump, address), 2) : st_.BLANK_CHAR);
         if (!defined) SetValid(dump, address, kFalse);
         return;
     }
@@ -256,7 +271,9 @@ void HexPage::mouseUp(int index) {
 
 // ---- page box, scroll bar, segments
 
-void HexPage::resetPageText() { view_.setPageText(pageText()); }
+void HexPage::resetPageText() {
+    view_.setPageText(pageText());
+}
 
 void HexPage::pageTextChanged(std::string_view text) {
     if (text.size() >= 7 || MaxPageAddress(HexValue(text)) == -1) {

@@ -15,7 +15,7 @@ namespace vortelm::forms {
 
 // What the hex page asks of its drawing.
 class HexPageView {
-public:
+  public:
     virtual ~HexPageView() = default;
     // Paints the 256 cells and 32 labels from the page (RefreshMemory).
     virtual void drawCells() = 0;
@@ -30,7 +30,20 @@ public:
     virtual void setPageText(const std::string& text) = 0;
 };
 
-enum class HexKey { Shift, Ctrl, Escape, PageUp, PageDown, Left, Right, Up, Down, Delete, Edit, Other };
+enum class HexKey {
+    Shift,
+    Ctrl,
+    Escape,
+    PageUp,
+    PageDown,
+    Left,
+    Right,
+    Up,
+    Down,
+    Delete,
+    Edit,
+    Other
+};
 
 // How one cell is drawn; colours as the preference keys hold them.
 struct CellLook {
@@ -40,7 +53,7 @@ struct CellLook {
 };
 
 class HexPage {
-public:
+  public:
     HexPage(ProgramState& st, HexPageView& view) : st_(st), view_(view) {}
 
     // ---- the window's values
@@ -93,7 +106,7 @@ public:
     void ClearSelection();
     void SelectWindow();  // BSelectWindow
 
-private:
+  private:
     void afterMove();
     void resetPageText();
     [[nodiscard]] int32_t cellAddress(int index) const { return actPage * 16 + index; }

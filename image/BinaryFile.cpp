@@ -108,7 +108,8 @@ void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fill
                         if (status[k] & kRead) continue;
                         if (fillValue < 0) {
                             // The file holds what came before the unread byte.
-                            put(pos, std::string_view(reinterpret_cast<const char*>(filled.data()), k));
+                            put(pos,
+                                std::string_view(reinterpret_cast<const char*>(filled.data()), k));
                             WriteOutput(resolved, file);
                             throw RunTimeError(
                                 "fill value " + std::to_string(fillValue) +

@@ -79,4 +79,3 @@ std::string_view LineCursor::next() {
 }
 
 }  // namespace vortelm
-

@@ -100,8 +100,8 @@ inline constexpr HexPairs kHexPairs{};
 inline bool HexBytes16(const char* p, uint8_t* out) {
     const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     // Signed compares: characters from 0x80 on are negative and match nothing.
-    const __m128i digit =
-        _mm_and_si128(_mm_cmpgt_epi8(x, _mm_set1_epi8('0' - 1)), _mm_cmplt_epi8(x, _mm_set1_epi8('9' + 1)));
+    const __m128i digit = _mm_and_si128(_mm_cmpgt_epi8(x, _mm_set1_epi8('0' - 1)),
+                                        _mm_cmplt_epi8(x, _mm_set1_epi8('9' + 1)));
     const __m128i folded = _mm_or_si128(x, _mm_set1_epi8(0x20));
     const __m128i letter = _mm_and_si128(_mm_cmpgt_epi8(folded, _mm_set1_epi8('a' - 1)),
                                          _mm_cmplt_epi8(folded, _mm_set1_epi8('f' + 1)));
@@ -110,8 +110,9 @@ inline bool HexBytes16(const char* p, uint8_t* out) {
     const __m128i nibble = _mm_add_epi8(_mm_and_si128(x, _mm_set1_epi8(0x0F)),
                                         _mm_and_si128(letter, _mm_set1_epi8(9)));
     // Each 16-bit lane holds a pair, the high digit in its low byte.
-    const __m128i pairs = _mm_or_si128(_mm_slli_epi16(_mm_and_si128(nibble, _mm_set1_epi16(0x00FF)), 4),
-                                       _mm_srli_epi16(nibble, 8));
+    const __m128i pairs =
+        _mm_or_si128(_mm_slli_epi16(_mm_and_si128(nibble, _mm_set1_epi16(0x00FF)), 4),
+                     _mm_srli_epi16(nibble, 8));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(pairs, pairs));
     return true;
 }

@@ -15,7 +15,9 @@ namespace vortelm::link {
 
 namespace {
 
-std::string Hex2(int value) { return HexText(value & 0xFF, 2); }
+std::string Hex2(int value) {
+    return HexText(value & 0xFF, 2);
+}
 
 }  // namespace
 
@@ -54,7 +56,9 @@ void Boot::PatchLoader() {
     const int32_t newEnd = (k.endAddress + k.patchStartAddress - k.startAddress) & 0xFFFF;
     const int32_t oldBefore = (oldStart - 1) & 0xFFFF;
     const int32_t newBefore = (newStart - 1) & 0xFFFF;
-    auto word = [&](int32_t a) { return dumpio::Read(st_.dump, a) + dumpio::Read(st_.dump, a + 1) * 256; };
+    auto word = [&](int32_t a) {
+        return dumpio::Read(st_.dump, a) + dumpio::Read(st_.dump, a + 1) * 256;
+    };
     auto put = [&](int32_t a, int32_t w) {
         dumpio::Write(st_.dump, a, static_cast<uint8_t>(w & 0xFF));
         dumpio::Write(st_.dump, a + 1, static_cast<uint8_t>((w >> 8) & 0xFF));
@@ -82,7 +86,8 @@ void Boot::PatchVortelm() {
         const int32_t shift = newStart - sel.start[0];
         for (int i = 0; i < sel.count; ++i) {
             std::vector<uint8_t> bytes;
-            for (int32_t a = sel.start[i]; a <= sel.end[i]; ++a) bytes.push_back(dumpio::Read(st_.dump, a));
+            for (int32_t a = sel.start[i]; a <= sel.end[i]; ++a)
+                bytes.push_back(dumpio::Read(st_.dump, a));
             sel.start[i] += shift;
             sel.end[i] += shift;
             for (size_t j = 0; j < bytes.size(); ++j) {
@@ -102,8 +107,9 @@ int Boot::Initiate(int prompt) {
     st_.ConnectionState = kNotConnected;
     port_.ComSemaphore = 0;
     port_.setReceiveThreshold(0);
-    if (prompt == 1 && st_.host->messageBox("Please reset your Hardware NOW !", MsgButtons::OkCancel,
-                                            MsgIcon::Exclamation) == MsgAnswer::Cancel) {
+    if (prompt == 1 &&
+        st_.host->messageBox("Please reset your Hardware NOW !", MsgButtons::OkCancel,
+                             MsgIcon::Exclamation) == MsgAnswer::Cancel) {
         port_.Cmd_V();
         port_.setReceiveThreshold(1);
         return -1;
@@ -124,7 +130,8 @@ int Boot::Initiate(int prompt) {
 int Boot::Loader_new() {
     port_.setReceiveThreshold(0);
     if (!LoaderImage.empty()) port_.SSSendN(LoaderImage);
-    if (kernel().loaderAck == kTrue) LoaderAckByte = static_cast<int16_t>(port_.SSReceive(st_.TIMEOUT));
+    if (kernel().loaderAck == kTrue)
+        LoaderAckByte = static_cast<int16_t>(port_.SSReceive(st_.TIMEOUT));
     port_.setReceiveThreshold(1);
     return LoaderAckByte;
 }
@@ -163,7 +170,8 @@ int Boot::Receive_ID_VortACK() {
             // Left as it is: only the core's acknowledge decides.
             Text2Buffer(st_, "*ERROR: No Loader_ACK Byte received (VortelmCore not loaded)\r\n");
         } else if (LoaderAckByte != c.A_LOADER_STARTED) {
-            Text2Buffer(st_, "*RECEIVE - LoaderACK ERROR: Incorrect LoaderAck received " + Hex2(LoaderAckByte) + "\r\n");
+            Text2Buffer(st_, "*RECEIVE - LoaderACK ERROR: Incorrect LoaderAck received " +
+                                 Hex2(LoaderAckByte) + "\r\n");
             result = -1;
         } else {
             Text2Buffer(st_, "*RECEIVE - LoaderACK " + Hex2(LoaderAckByte) + " received\r\n");
@@ -173,7 +181,8 @@ int Boot::Receive_ID_VortACK() {
         Text2Buffer(st_, "*ERROR: No Vortelm Byte received (Vortelm not successful)\r\n");
         result = -2;
     } else if (CoreAckByte != c.A_APPLICATION_STARTED) {
-        Text2Buffer(st_, "*RECEIVE - Vortelm ERROR: Incorrect Vortelm ACK received " + Hex2(CoreAckByte) + "\r\n");
+        Text2Buffer(st_, "*RECEIVE - Vortelm ERROR: Incorrect Vortelm ACK received " +
+                             Hex2(CoreAckByte) + "\r\n");
         result = -1;
     } else {
         Text2Buffer(st_, "*RECEIVE - Vortelm ACK " + Hex2(CoreAckByte) + " received\r\n");

@@ -22,7 +22,7 @@ class ComPort;
 using HexFileReader = ImageFileReader;
 
 class Boot {
-public:
+  public:
     Boot(ProgramState& st, ComPort& port, HexFileReader reader)
         : st_(st), port_(port), reader_(std::move(reader)) {}
 
@@ -47,12 +47,12 @@ public:
 
     ComPort& port() { return port_; }
 
-private:
-  [[nodiscard]] const Kernel& kernel() const;
+  private:
+    [[nodiscard]] const Kernel& kernel() const;
 
-  ProgramState& st_;
-  ComPort& port_;
-  HexFileReader reader_;
+    ProgramState& st_;
+    ComPort& port_;
+    HexFileReader reader_;
 };
 
 }  // namespace vortelm::link

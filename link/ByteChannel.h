@@ -35,7 +35,7 @@ enum class Control : uint8_t { Ok, Unsupported, Failed };
 using MicrosClock = std::function<int64_t()>;
 
 class ByteChannel {
-public:
+  public:
     virtual ~ByteChannel() = default;
 
     // What the channel is, for messages: a device path, socket://..., sim:...

@@ -49,14 +49,14 @@ struct ComPort::Impl {
 
     ProgramState& st;
     std::unique_ptr<channel::ByteChannel> ch;
-    std::string openedText;    // the port text the channel was opened for
-    std::deque<uint8_t> in;    // the input buffer
-    bool lineGone = false;     // the channel failed a read: nothing more comes
+    std::string openedText;  // the port text the channel was opened for
+    std::deque<uint8_t> in;  // the input buffer
+    bool lineGone = false;   // the channel failed a read: nothing more comes
     int threshold = 0;
     int inputLength = 1;
     std::string settings = "9600,n,8,1";
-    FormTimer timer1;          // XSITimer
-    FormTimer timer2;          // XSITimer2
+    FormTimer timer1;  // XSITimer
+    FormTimer timer2;  // XSITimer2
     bool inEvent = false;
     bool rtsLevel = false;
     bool dtrLevel = false;
@@ -146,11 +146,15 @@ ComPort::ComPort(ProgramState& st) : impl_(std::make_unique<Impl>(st)) {
     impl_->st.host->addSource(*this);
 }
 
-ComPort::~ComPort() { impl_->st.host->removeSource(*this); }
+ComPort::~ComPort() {
+    impl_->st.host->removeSource(*this);
+}
 
 // ---------------------------------------------------------------- the port
 
-std::string ComPort::portText() const { return PortTextOf(impl_->st); }
+std::string ComPort::portText() const {
+    return PortTextOf(impl_->st);
+}
 
 bool ComPort::open() {
     auto& m = *impl_;
@@ -159,7 +163,8 @@ bool ComPort::open() {
     const std::string text = portText();
     channel::LineSettings ls;
     if (!ParseSettingsText(m.settings, ls)) {
-        ReportFailure(m.st, m.lastDiagnosis, text, EINVAL, "bad settings text \"" + m.settings + "\"");
+        ReportFailure(m.st, m.lastDiagnosis, text, EINVAL,
+                      "bad settings text \"" + m.settings + "\"");
         return false;
     }
     OpenResult r = opener(text, ls);
@@ -184,8 +189,7 @@ void ComPort::attach(std::unique_ptr<channel::ByteChannel> ch) {
     m.openedText.clear();
     if (!m.ch) return;
     channel::LineSettings ls;
-    if (ParseSettingsText(m.settings, ls) &&
-        m.ch->configure(ls) == channel::Control::Unsupported)
+    if (ParseSettingsText(m.settings, ls) && m.ch->configure(ls) == channel::Control::Unsupported)
         m.warnUnsupported(m.st, "settings " + m.settings);
     // The boot circuit sees the idle levels at once, not what open left.
     (void)m.ch->setRts(m.rtsLevel);
@@ -202,11 +206,17 @@ void ComPort::close() {
 
 // A line that hung up counts as closed, so that the next open finds the
 // device anew (an adapter plugged in again).
-bool ComPort::isOpen() const { return impl_->usable() && !impl_->lineGone; }
+bool ComPort::isOpen() const {
+    return impl_->usable() && !impl_->lineGone;
+}
 
-ProgramState& ComPort::state() const { return impl_->st; }
+ProgramState& ComPort::state() const {
+    return impl_->st;
+}
 
-channel::ByteChannel* ComPort::channel() const { return impl_->ch.get(); }
+channel::ByteChannel* ComPort::channel() const {
+    return impl_->ch.get();
+}
 
 // ---------------------------------------------------------------- port list
 
@@ -250,7 +260,9 @@ std::string ComPort::GetComState() const {
     return s;
 }
 
-std::string ComPort::settingsText() const { return impl_->settings; }
+std::string ComPort::settingsText() const {
+    return impl_->settings;
+}
 
 void ComPort::setSettingsText(std::string_view text) {
     auto& m = *impl_;
@@ -259,7 +271,8 @@ void ComPort::setSettingsText(std::string_view text) {
     if (m.usable() && ParseSettingsText(m.settings, ls)) {
         const auto c = m.ch->configure(ls);
         if (c == channel::Control::Failed)
-            ReportFailure(m.st, m.lastDiagnosis, m.ch->describe(), m.ch->lastErrno(), m.ch->lastError());
+            ReportFailure(m.st, m.lastDiagnosis, m.ch->describe(), m.ch->lastErrno(),
+                          m.ch->lastError());
         else if (c == channel::Control::Unsupported)
             m.warnUnsupported(m.st, "settings " + m.settings);
     }
@@ -420,9 +433,13 @@ void ComPort::clearInput() {
     if (m.usable()) m.ch->clearInput();
 }
 
-void ComPort::setReceiveThreshold(int threshold) { impl_->threshold = threshold; }
+void ComPort::setReceiveThreshold(int threshold) {
+    impl_->threshold = threshold;
+}
 
-int ComPort::receiveThreshold() const { return impl_->threshold; }
+int ComPort::receiveThreshold() const {
+    return impl_->threshold;
+}
 
 // ---------------------------------------------------------------- semaphore
 
@@ -437,9 +454,15 @@ void ComPort::Cmd_P() {
     }
 }
 
-void ComPort::Cmd_V() { ComSemaphore = int16_t(ComSemaphore & ~2); }
-void ComPort::Cmd_P2() { ComSemaphore = int16_t(ComSemaphore | 1); }
-void ComPort::Cmd_V2() { ComSemaphore = int16_t(ComSemaphore & ~1); }
+void ComPort::Cmd_V() {
+    ComSemaphore = int16_t(ComSemaphore & ~2);
+}
+void ComPort::Cmd_P2() {
+    ComSemaphore = int16_t(ComSemaphore | 1);
+}
+void ComPort::Cmd_V2() {
+    ComSemaphore = int16_t(ComSemaphore & ~1);
+}
 
 // ---------------------------------------------------------------- signal lines
 
@@ -458,8 +481,10 @@ void ComPort::setDtr(bool on) {
 }
 
 void ComPort::setPort(int port, int level) {
-    if (port == 0) setRts(level == 1);
-    else if (port == 1) setDtr(level == 1);
+    if (port == 0)
+        setRts(level == 1);
+    else if (port == 1)
+        setDtr(level == 1);
 }
 
 // ---------------------------------------------------------------- receive event
@@ -514,8 +539,10 @@ void ComPort::dispatch() {
         if (onDebuggerReturn) onDebuggerReturn();
     } else {
         auto show = [&](uint8_t c) {
-            if (st.TMODE == 1) Text2Buffer(st, " " + HexText(c, 2));
-            else Text2Buffer(st, std::string(1, char(c)));
+            if (st.TMODE == 1)
+                Text2Buffer(st, " " + HexText(c, 2));
+            else
+                Text2Buffer(st, std::string(1, char(c)));
         };
         show(b);
         while (inCount() >= 1) {

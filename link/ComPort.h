@@ -26,7 +26,7 @@ struct ProgramState;
 namespace vortelm::link {
 
 class ComPort : public EventSource {
-public:
+  public:
     explicit ComPort(ProgramState& st);
     ~ComPort() override;
 
@@ -114,7 +114,7 @@ public:
     [[nodiscard]] std::optional<int64_t> dueUs() const override;
     void dispatch() override;
 
-private:
+  private:
     struct Impl;
     std::unique_ptr<Impl> impl_;
 };

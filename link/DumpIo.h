@@ -14,9 +14,13 @@ inline constexpr uint8_t kDefined = kMarkDefined;
 inline constexpr uint8_t kMonitor = kMarkMonitor;
 inline constexpr uint8_t kValid = kMarkValid;
 
-[[nodiscard]] inline uint8_t Read(DumpMemory& dump, int32_t address) { return ReadDumpByte(dump, address); }
+[[nodiscard]] inline uint8_t Read(DumpMemory& dump, int32_t address) {
+    return ReadDumpByte(dump, address);
+}
 
-inline void Write(DumpMemory& dump, int32_t address, uint8_t value) { WriteDumpByte(dump, address, value); }
+inline void Write(DumpMemory& dump, int32_t address, uint8_t value) {
+    WriteDumpByte(dump, address, value);
+}
 
 inline void SetMark(DumpMemory& dump, int32_t address, uint8_t mark, bool on) {
     const int16_t flag = on ? kTrue : kFalse;

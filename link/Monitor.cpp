@@ -354,7 +354,8 @@ int16_t Monitor::Cmd_Call(int32_t absadr1, CallFrame& frame, bool sendZero) {
         if (!expect(c.A_ACK2, st_.TIMEOUT)) {
             r = -1;
         } else {
-            for (size_t i = 0; i < frame.r.size(); ++i) frame.r[i] = in[2 * i] + in[2 * i + 1] * 256;
+            for (size_t i = 0; i < frame.r.size(); ++i)
+                frame.r[i] = in[2 * i] + in[2 * i + 1] * 256;
         }
         // the driver's extra trailing byte is taken here so that it never
         // reaches the terminal

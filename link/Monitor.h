@@ -23,7 +23,7 @@ struct CallFrame {
 };
 
 class Monitor {
-public:
+  public:
     Monitor(ProgramState& st, ComPort& port) : st_(st), port_(port) {}
 
     [[nodiscard]] int16_t Cmd_WriteWord(int32_t adr1, int32_t val1);
@@ -54,9 +54,9 @@ public:
     [[nodiscard]] int32_t cmd_pop(bool changeStackpointer);
     [[nodiscard]] int32_t cmd_pop2nd(bool changeStackpointer);
 
-private:
-    void begin();                // Cmd_P, threshold 0, the input drained
-    void end(int32_t result);    // after a failure the line settles; threshold 1, Cmd_V
+  private:
+    void begin();              // Cmd_P, threshold 0, the input drained
+    void end(int32_t result);  // after a failure the line settles; threshold 1, Cmd_V
     void sendAddress(int32_t address);
     void sendWord(int32_t value);
     // Address, length and the data behind them (empty for a read), as the

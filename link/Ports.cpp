@@ -70,7 +70,9 @@ std::string GroupName(gid_t gid) {
 
 }  // namespace
 
-std::string ComDevicePath(int n) { return "/dev/ttyS" + std::to_string(n - 1); }
+std::string ComDevicePath(int n) {
+    return "/dev/ttyS" + std::to_string(n - 1);
+}
 
 std::string PortTextOf(const ProgramState& st) {
     if (!st.portOverride.empty()) return st.portOverride;
@@ -104,10 +106,14 @@ bool ParseSettingsText(std::string_view text, channel::LineSettings& out) {
     if (baud == 0) return false;
     ls.baud = baud;
     const std::string p = UpperCase(parts[1]);
-    if (p == "N") ls.parity = channel::Parity::None;
-    else if (p == "O") ls.parity = channel::Parity::Odd;
-    else if (p == "E") ls.parity = channel::Parity::Even;
-    else return false;
+    if (p == "N")
+        ls.parity = channel::Parity::None;
+    else if (p == "O")
+        ls.parity = channel::Parity::Odd;
+    else if (p == "E")
+        ls.parity = channel::Parity::Even;
+    else
+        return false;
     if (parts[2] != "5" && parts[2] != "6" && parts[2] != "7" && parts[2] != "8") return false;
     ls.dataBits = uint8_t(parts[2][0] - '0');
     if (parts[3] != "1" && parts[3] != "2") return false;
@@ -282,8 +288,7 @@ std::string DiagnosePortFailure(std::string_view path, int err, std::string_view
                 s += "\r\n*Another program holds the port; /proc does not tell which.";
             } else {
                 s += "\r\n*The port is held by process";
-                for (std::size_t i = 0; i < holders.size(); ++i)
-                    s += (i ? ", " : " ") + holders[i];
+                for (std::size_t i = 0; i < holders.size(); ++i) s += (i ? ", " : " ") + holders[i];
                 s += ". End it or choose another port.";
             }
             break;

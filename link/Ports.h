@@ -35,9 +35,9 @@ namespace vortelm::link {
 
 struct OpenResult {
     std::unique_ptr<channel::ByteChannel> channel;  // null on failure
-    int err = 0;                                     // errno of the failure, if any
-    std::string error;                               // the system's reason
-    std::string path;                                // what was opened
+    int err = 0;                                    // errno of the failure, if any
+    std::string error;                              // the system's reason
+    std::string path;                               // what was opened
 };
 
 // What an opener gets: the port text, the part behind its prefix, the line

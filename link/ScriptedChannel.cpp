@@ -17,7 +17,9 @@ ScriptedChannel::ScriptedChannel(MicrosClock clock, std::string name)
     }
 }
 
-int64_t ScriptedChannel::now() const { return clock_(); }
+int64_t ScriptedChannel::now() const {
+    return clock_();
+}
 
 bool ScriptedChannel::usable() {
     if (!open_) {
@@ -73,9 +75,13 @@ void ScriptedChannel::setEcho(bool on, int64_t delayUs) {
     echoDelayUs_ = delayUs;
 }
 
-void ScriptedChannel::hangUp() { hungUp_ = true; }
+void ScriptedChannel::hangUp() {
+    hungUp_ = true;
+}
 
-void ScriptedChannel::failWrites(int err) { writeErrno_ = err; }
+void ScriptedChannel::failWrites(int err) {
+    writeErrno_ = err;
+}
 
 void ScriptedChannel::match(uint8_t b) {
     if (expectations_.empty()) return;

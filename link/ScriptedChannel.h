@@ -19,7 +19,7 @@
 namespace vortelm::channel {
 
 class ScriptedChannel : public ByteChannel {
-public:
+  public:
     // clock: microseconds; without one the channel uses the steady clock.
     explicit ScriptedChannel(MicrosClock clock = {}, std::string name = "script:");
 
@@ -75,7 +75,7 @@ public:
     [[nodiscard]] std::string lastError() const override { return lastError_; }
     [[nodiscard]] int lastErrno() const override { return lastErrno_; }
 
-private:
+  private:
     struct Pending {
         int64_t atUs;
         uint8_t byte;

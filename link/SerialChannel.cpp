@@ -17,34 +17,60 @@ namespace {
 
 speed_t StandardSpeed(uint32_t baud) {
     switch (baud) {
-        case 50: return B50;
-        case 75: return B75;
-        case 110: return B110;
-        case 134: return B134;
-        case 150: return B150;
-        case 200: return B200;
-        case 300: return B300;
-        case 600: return B600;
-        case 1200: return B1200;
-        case 1800: return B1800;
-        case 2400: return B2400;
-        case 4800: return B4800;
-        case 9600: return B9600;
-        case 19200: return B19200;
-        case 38400: return B38400;
-        case 57600: return B57600;
-        case 115200: return B115200;
-        case 230400: return B230400;
-        case 460800: return B460800;
-        case 500000: return B500000;
-        case 576000: return B576000;
-        case 921600: return B921600;
-        case 1000000: return B1000000;
-        default: return B0;
+        case 50:
+            return B50;
+        case 75:
+            return B75;
+        case 110:
+            return B110;
+        case 134:
+            return B134;
+        case 150:
+            return B150;
+        case 200:
+            return B200;
+        case 300:
+            return B300;
+        case 600:
+            return B600;
+        case 1200:
+            return B1200;
+        case 1800:
+            return B1800;
+        case 2400:
+            return B2400;
+        case 4800:
+            return B4800;
+        case 9600:
+            return B9600;
+        case 19200:
+            return B19200;
+        case 38400:
+            return B38400;
+        case 57600:
+            return B57600;
+        case 115200:
+            return B115200;
+        case 230400:
+            return B230400;
+        case 460800:
+            return B460800;
+        case 500000:
+            return B500000;
+        case 576000:
+            return B576000;
+        case 921600:
+            return B921600;
+        case 1000000:
+            return B1000000;
+        default:
+            return B0;
     }
 }
 
-bool Refused(int err) { return err == ENOTTY || err == EINVAL || err == ENOSYS || err == EOPNOTSUPP; }
+bool Refused(int err) {
+    return err == ENOTTY || err == EINVAL || err == ENOSYS || err == EOPNOTSUPP;
+}
 
 bool IsUsbAdapter(const std::string& path) {
     char real[PATH_MAX];
@@ -89,7 +115,9 @@ std::unique_ptr<SerialChannel> SerialChannel::open(std::string_view path,
     return ch;
 }
 
-SerialChannel::~SerialChannel() { close(); }
+SerialChannel::~SerialChannel() {
+    close();
+}
 
 void SerialChannel::close() {
     if (fd_ >= 0) {
@@ -226,8 +254,12 @@ channel::Control SerialChannel::modemLine(int bit, bool on) {
     return channel::Control::Ok;
 }
 
-channel::Control SerialChannel::setRts(bool on) { return modemLine(TIOCM_RTS, on); }
-channel::Control SerialChannel::setDtr(bool on) { return modemLine(TIOCM_DTR, on); }
+channel::Control SerialChannel::setRts(bool on) {
+    return modemLine(TIOCM_RTS, on);
+}
+channel::Control SerialChannel::setDtr(bool on) {
+    return modemLine(TIOCM_DTR, on);
+}
 
 channel::Control SerialChannel::setBreak(bool on) {
     if (fd_ < 0) {

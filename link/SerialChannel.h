@@ -14,7 +14,7 @@
 namespace vortelm::link {
 
 class SerialChannel : public channel::ByteChannel {
-public:
+  public:
     // Opens the device; on failure returns null with the errno in err.
     [[nodiscard]] static std::unique_ptr<SerialChannel> open(std::string_view path,
                                                              const channel::LineSettings& settings,
@@ -44,7 +44,7 @@ public:
     // Whether the low-latency request was taken (USB adapters only).
     [[nodiscard]] bool lowLatency() const { return lowLatency_; }
 
-private:
+  private:
     void fail(int err);
     channel::Control modemLine(int bit, bool on);
 

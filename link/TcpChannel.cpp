@@ -53,8 +53,8 @@ std::unique_ptr<TcpChannel> TcpChannel::connect(std::string_view hostPort, int32
     err = ECONNREFUSED;
     reason = std::strerror(err);
     for (addrinfo* a = list; a; a = a->ai_next) {
-        int fd = ::socket(a->ai_family, a->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC,
-                          a->ai_protocol);
+        int fd =
+            ::socket(a->ai_family, a->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, a->ai_protocol);
         if (fd < 0) {
             err = errno;
             reason = std::strerror(err);
@@ -91,7 +91,9 @@ std::unique_ptr<TcpChannel> TcpChannel::connect(std::string_view hostPort, int32
     return nullptr;
 }
 
-TcpChannel::~TcpChannel() { close(); }
+TcpChannel::~TcpChannel() {
+    close();
+}
 
 void TcpChannel::close() {
     if (fd_ >= 0) ::close(fd_);

@@ -14,7 +14,7 @@
 namespace vortelm::link {
 
 class TcpChannel : public channel::ByteChannel {
-public:
+  public:
     // Connects to "host:port" within timeoutMs; null with err set on failure.
     [[nodiscard]] static std::unique_ptr<TcpChannel> connect(std::string_view hostPort,
                                                              int32_t timeoutMs, int& err,
@@ -42,7 +42,7 @@ public:
     [[nodiscard]] std::string lastError() const override { return lastError_; }
     [[nodiscard]] int lastErrno() const override { return lastErrno_; }
 
-private:
+  private:
     void fail(int err, std::string reason = {});
 
     int fd_ = -1;

@@ -33,10 +33,14 @@ std::string FailureLine(std::string_view line, int16_t result, int32_t operation
     if (operationCode == 0) return text + ": failed with result " + std::to_string(result);
     text += ": failed with code " + std::to_string(operationCode);
     switch (operationCode) {
-        case -100: return text + " (not connected to the target)";
-        case -101: return text + " (kernel feature not supported)";
-        case -6: return text + " (the range touches the running monitor)";
-        default: return text;
+        case -100:
+            return text + " (not connected to the target)";
+        case -101:
+            return text + " (kernel feature not supported)";
+        case -6:
+            return text + " (the range touches the running monitor)";
+        default:
+            return text;
     }
 }
 

@@ -12,18 +12,8 @@ namespace {
 using ListFn = std::span<const RowBinding> (*)();
 
 constexpr ListFn kLists[] = {
-    &FrameRows,
-    &FileRows,
-    &HexEditorRows,
-    &SelectionRows,
-    &TerminalRows,
-    &TargetRows,
-    &TargetSetupRows,
-    &FlashRows,
-    &ScriptRows,
-    &SfrRows,
-    &ListingViewRows,
-    &ViewRows,
+    &FrameRows,       &FileRows,  &HexEditorRows, &SelectionRows, &TerminalRows,    &TargetRows,
+    &TargetSetupRows, &FlashRows, &ScriptRows,    &SfrRows,       &ListingViewRows, &ViewRows,
 };
 
 }  // namespace

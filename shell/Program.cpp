@@ -15,10 +15,10 @@
 #include "image/HexFile.h"
 #include "link/ComPort.h"
 #include "sfr/SfrSets.h"
-#include "target/Target.h"
 #include "shell/CommandBox.h"
 #include "shell/Script.h"
 #include "shell/Shell.h"
+#include "target/Target.h"
 
 #ifndef VORTELM_VERSION
 #define VORTELM_VERSION "0.0.0"
@@ -49,7 +49,8 @@ bool HasControllerFile(const std::string& folder) {
 void ProgramOptions::AddScriptWord(std::string_view word) {
     std::string w(word);
     std::error_code ec;
-    if (!w.empty() && w.front() != '/' && fs::is_regular_file(w, ec)) w = fs::absolute(w, ec).string();
+    if (!w.empty() && w.front() != '/' && fs::is_regular_file(w, ec))
+        w = fs::absolute(w, ec).string();
     scripts.push_back(w);
 }
 
@@ -112,11 +113,17 @@ Program::Program(Host& host, ProgramOptions options)
     session_->shutDown = [this] { ShutDownProgram(); };
 }
 
-Program::~Program() { target::DisableConnectionCheck(*target_); }
+Program::~Program() {
+    target::DisableConnectionCheck(*target_);
+}
 
-std::string Program::VersionText() { return VORTELM_VERSION; }
+std::string Program::VersionText() {
+    return VORTELM_VERSION;
+}
 
-std::string Program::BuildDateText() { return VORTELM_BUILD_DATE; }
+std::string Program::BuildDateText() {
+    return VORTELM_BUILD_DATE;
+}
 
 std::string Program::LicenceText() {
     return "Copyright (C) 2026 the Vortelm developers. All rights reserved. "
@@ -160,8 +167,8 @@ void Program::StepFirstRun() {
     std::error_code ec;
     fs::create_directories(st.programFolder, ec);
     if (ec) {
-        Text2Buffer(st, CrLf() + "*ERROR: Can not create the data folder " + st.programFolder + ": " +
-                            ec.message());
+        Text2Buffer(st, CrLf() + "*ERROR: Can not create the data folder " + st.programFolder +
+                            ": " + ec.message());
         return;
     }
     // A home is complete once a whole copy has been made; until then every
@@ -176,7 +183,9 @@ void Program::StepFirstRun() {
 }
 
 // 2. The launch window is the GUI's; the CLI shows none.
-void Program::StepShowLaunchInfo() { st_->host->progress(1, 100); }
+void Program::StepShowLaunchInfo() {
+    st_->host->progress(1, 100);
+}
 
 // 3. The help file lies in the program folder (opened by the GUI).
 void Program::StepHelpFile() {}
@@ -232,7 +241,9 @@ void Program::StepReadInstructionTable() {
 void Program::StepVersion() {}
 
 // 11. No selections at the start.
-void Program::StepConfigureAndSelections() { st_->selections.count = 0; }
+void Program::StepConfigureAndSelections() {
+    st_->selections.count = 0;
+}
 
 // 12. The memory page starts at 0.
 void Program::StepMemoryPage() {
@@ -281,7 +292,8 @@ int16_t Program::RunCommandBoxLine(std::string_view line) {
         result = -1;
     }
     // No failure passes without a word beside the running text.
-    if (result != 0) st_->host->failureReported(FailureLine(line, result, session_->lastFailureCode));
+    if (result != 0)
+        st_->host->failureReported(FailureLine(line, result, session_->lastFailureCode));
     return result;
 }
 

@@ -55,7 +55,7 @@ struct ProgramOptions {
 [[nodiscard]] std::string DeliveredDataTree(const std::string& dataSource);
 
 class Program {
-public:
+  public:
     Program(Host& host, ProgramOptions options);
     ~Program();
     Program(const Program&) = delete;
@@ -72,22 +72,22 @@ public:
 
     // The steps, each a call of its own (later parts of the program fill
     // the marked ones).
-    void StepFirstRun();              // 1: data home, first-run copy
-    void StepShowLaunchInfo();        // 2
-    void StepHelpFile();              // 3
-    void StepResetTables();           // 4
-    void StepReadDataFiles();         // 5: mctypes.dat, kernel.dat
-    void StepReadPreferences();       // 6: default.ini
+    void StepFirstRun();                  // 1: data home, first-run copy
+    void StepShowLaunchInfo();            // 2
+    void StepHelpFile();                  // 3
+    void StepResetTables();               // 4
+    void StepReadDataFiles();             // 5: mctypes.dat, kernel.dat
+    void StepReadPreferences();           // 6: default.ini
     void StepInitialiseMemoryAndShell();  // 7
-    void StepInitialiseForms();       // 8
-    void StepReadInstructionTable();  // 9
-    void StepVersion();               // 10
-    void StepConfigureAndSelections();  // 11
-    void StepMemoryPage();            // 12
-    void StepLogFile();               // 13
-    void StepShowMainWindow();        // 14
-    void StepRunStartupScripts();     // 15
-    void StepScaleForms();            // 16
+    void StepInitialiseForms();           // 8
+    void StepReadInstructionTable();      // 9
+    void StepVersion();                   // 10
+    void StepConfigureAndSelections();    // 11
+    void StepMemoryPage();                // 12
+    void StepLogFile();                   // 13
+    void StepShowMainWindow();            // 14
+    void StepRunStartupScripts();         // 15
+    void StepScaleForms();                // 16
 
     // One line of the command box.
     int16_t RunCommandBoxLine(std::string_view line);
@@ -110,7 +110,7 @@ public:
     // How many steps have run; the step that runs (for tests).
     int stepsRun = 0;
 
-private:
+  private:
     void RunStep(void (Program::*step)());
 
     ProgramOptions options_;

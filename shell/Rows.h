@@ -44,18 +44,21 @@ struct RowBinding {
 };
 
 // The row lists, one per source file.
-std::span<const RowBinding> FrameRows();  // _help, _test, _quit (Rows_Frame.cpp)
+std::span<const RowBinding> FrameRows();      // _help, _test, _quit (Rows_Frame.cpp)
 std::span<const RowBinding> FileRows();       // group 2 (Rows_Files.cpp)
 std::span<const RowBinding> HexEditorRows();  // group 3 (Rows_HexEditor.cpp)
 std::span<const RowBinding> SelectionRows();  // group 4 (Rows_Selection.cpp)
-std::span<const RowBinding> TerminalRows();  // _send, _sendfile, _setp, _openport (Rows_Terminal.cpp)
-std::span<const RowBinding> TargetRows();     // groups 5 to 8 and 14, the target (Rows_Target.cpp)
-std::span<const RowBinding> TargetSetupRows();  // _initialize, _idreg, _call, _movemonitor, ... (Rows_TargetSetup.cpp)
-std::span<const RowBinding> FlashRows();      // group 13, flash (Rows_Flash.cpp)
+std::span<const RowBinding>
+TerminalRows();                            // _send, _sendfile, _setp, _openport (Rows_Terminal.cpp)
+std::span<const RowBinding> TargetRows();  // groups 5 to 8 and 14, the target (Rows_Target.cpp)
+std::span<const RowBinding>
+TargetSetupRows();  // _initialize, _idreg, _call, _movemonitor, ... (Rows_TargetSetup.cpp)
+std::span<const RowBinding> FlashRows();   // group 13, flash (Rows_Flash.cpp)
 std::span<const RowBinding> ScriptRows();  // groups 11 and 12, log and scripting (Rows_Script.cpp)
-std::span<const RowBinding> SfrRows();        // group 9 and _viewsfrs (Rows_Sfr.cpp)
-std::span<const RowBinding> ListingViewRows();  // the view rows that list selections (Rows_Listing.cpp)
-std::span<const RowBinding> ViewRows();       // _viewassembler (Rows_View.cpp)
+std::span<const RowBinding> SfrRows();     // group 9 and _viewsfrs (Rows_Sfr.cpp)
+std::span<const RowBinding>
+ListingViewRows();                       // the view rows that list selections (Rows_Listing.cpp)
+std::span<const RowBinding> ViewRows();  // _viewassembler (Rows_View.cpp)
 
 // The handler bound to the row of that name, or nullptr when its operation
 // is not in this build.

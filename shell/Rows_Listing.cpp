@@ -38,8 +38,8 @@ RowResult ClearTerminalWindow(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {"_viewword", &ViewWord},  {"_viewlong", &ViewLong},
-    {"_viewbyte", &ViewByte},  {"_clearterminalwindow", &ClearTerminalWindow},
+    {"_viewword", &ViewWord},   {"_viewlong", &ViewLong},
+    {"_viewbyte", &ViewByte},   {"_clearterminalwindow", &ClearTerminalWindow},
     {"_viewascii", &ViewAscii},
 };
 

@@ -21,7 +21,9 @@ using namespace rowargs;
 constexpr RowResult kIllegal{-2, false};
 constexpr RowResult kNoKernelFeature{-5, false};
 
-RowResult Passed(int32_t result) { return {0, result != 0, 0, result}; }
+RowResult Passed(int32_t result) {
+    return {0, result != 0, 0, result};
+}
 
 // The target rows need the wired channel; a session without one reports as
 // an unconnected target does.
@@ -107,10 +109,12 @@ RowResult MovSeq(Session& s) {
     for (int32_t i = 0; i < pairs; ++i) {
         const int32_t address = HexValue(s.parsedParameters[static_cast<size_t>(2 * i)].text);
         const int32_t data = HexValue(s.parsedParameters[static_cast<size_t>(2 * i + 1)].text);
-        const std::array<uint8_t, 6> entry{
-            static_cast<uint8_t>(address & 0xFF), static_cast<uint8_t>((address >> 8) & 0xFF),
-            static_cast<uint8_t>((address >> 16) & 0xFF), 0,
-            static_cast<uint8_t>(data & 0xFF), static_cast<uint8_t>((data >> 8) & 0xFF)};
+        const std::array<uint8_t, 6> entry{static_cast<uint8_t>(address & 0xFF),
+                                           static_cast<uint8_t>((address >> 8) & 0xFF),
+                                           static_cast<uint8_t>((address >> 16) & 0xFF),
+                                           0,
+                                           static_cast<uint8_t>(data & 0xFF),
+                                           static_cast<uint8_t>((data >> 8) & 0xFF)};
         for (int32_t j = 0; j < 6; ++j) {
             const int32_t a = buffer + 6 * i + j;
             WriteDumpByte(s.st.dump, a, entry[static_cast<size_t>(j)]);
@@ -146,7 +150,8 @@ RowResult R16(Session& s) {
         return {0, false};
     }
     const int16_t r = mon.Cmd_ReadWord(address);
-    const int32_t word = ReadDumpByte(s.st.dump, address) + ReadDumpByte(s.st.dump, address + 1) * 256;
+    const int32_t word =
+        ReadDumpByte(s.st.dump, address) + ReadDumpByte(s.st.dump, address + 1) * 256;
     if (r == 0) Text2Buffer(s.st, "\r\n*" + HexText(address, 6) + ": " + HexText(word, 4));
     return Passed(r);
 }
@@ -206,7 +211,8 @@ RowResult SetProtection(Session& s) {
     if (!HasFeature(s.st, "SETPROTECTION", -1)) return kNoKernelFeature;
     const int32_t level = HexValue(s.parsedParameters[0].text);
     const int32_t password = HexValue(s.parsedParameters[1].text);
-    const int32_t newPassword = s.parsedParameterCount >= 3 ? HexValue(s.parsedParameters[2].text) : 0;
+    const int32_t newPassword =
+        s.parsedParameterCount >= 3 ? HexValue(s.parsedParameters[2].text) : 0;
     auto* t = TargetOf(s);
     if (t == nullptr) return {0, true};
     return Passed(link::Monitor(s.st, t->port).Cmd_SetProtection(password, level, newPassword));
@@ -254,6 +260,8 @@ constexpr RowBinding kRows[] = {
 
 }  // namespace
 
-std::span<const RowBinding> TargetRows() { return kRows; }
+std::span<const RowBinding> TargetRows() {
+    return kRows;
+}
 
 }  // namespace vortelm::shell

@@ -108,8 +108,12 @@ RowResult SetBaudrate(Session& s) {
 }
 
 constexpr RowBinding kRows[] = {
-    {"_call", &Call},        {"_movemonitor", &MoveMonitor}, {"_pllcon", &Pllcon},
-    {"_rstcon", &Rstcon},      {"_idreg", &IdReg},       {"_initialize", &Initialize},
+    {"_call", &Call},
+    {"_movemonitor", &MoveMonitor},
+    {"_pllcon", &Pllcon},
+    {"_rstcon", &Rstcon},
+    {"_idreg", &IdReg},
+    {"_initialize", &Initialize},
     {"_setbaudrate", &SetBaudrate},
 };
 

@@ -14,7 +14,9 @@ namespace vortelm::shell {
 namespace {
 
 // A row that needs the port fails when the program has none.
-bool HasPort(const Session& s) { return s.port != nullptr; }
+bool HasPort(const Session& s) {
+    return s.port != nullptr;
+}
 
 // ":4142" sends 0x41 0x42: pairs from the second character, a last single
 // digit dropped, pairs that are not hexadecimal skipped. Any other text goes
@@ -52,8 +54,10 @@ RowResult SetP(Session& s) {
     const std::string signal = UpperCase(s.parsedParameters[0].text);
     const std::string& level = s.parsedParameters[1].text;
     int line = -1;
-    if (signal == "RESET" || signal == "RTS") line = 0;
-    else if (signal == "BSL" || signal == "DTR") line = 1;
+    if (signal == "RESET" || signal == "RTS")
+        line = 0;
+    else if (signal == "BSL" || signal == "DTR")
+        line = 1;
     if (line < 0 || (level != "0" && level != "1")) return {-2, false};
     if (!HasPort(s)) return {0, true};
     s.port->setPort(line, level == "1" ? 1 : 0);
@@ -77,6 +81,8 @@ constexpr RowBinding kRows[] = {
 
 }  // namespace
 
-std::span<const RowBinding> TerminalRows() { return kRows; }
+std::span<const RowBinding> TerminalRows() {
+    return kRows;
+}
 
 }  // namespace vortelm::shell

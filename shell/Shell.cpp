@@ -189,9 +189,9 @@ int16_t ExecuteShellCommand(Session& s, std::string_view line, int16_t checkOnly
                         const ShellParameterRecord& p = cmd.parameters[i];
                         typeText = p.type;
                         altText = p.alternativeType;
-                        ok = Accepts(st, a, p.type, false) ||
-                             (!p.alternativeType.empty() &&
-                              Accepts(st, a, p.alternativeType, true));
+                        ok =
+                            Accepts(st, a, p.type, false) ||
+                            (!p.alternativeType.empty() && Accepts(st, a, p.alternativeType, true));
                     }
                     if (ok) {
                         extra = 0;

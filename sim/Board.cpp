@@ -69,14 +69,18 @@ void Board::powerOn() {
     mode_ = Mode::Bootstrap;
 }
 
-void Board::holdReset() { mode_ = Mode::HeldInReset; }
+void Board::holdReset() {
+    mode_ = Mode::HeldInReset;
+}
 
 void Board::release(bool bootstrap) {
     resetRegisters();
     mode_ = bootstrap ? Mode::Bootstrap : Mode::Application;
 }
 
-void Board::runApplication() { release(false); }
+void Board::runApplication() {
+    release(false);
+}
 
 void Board::autobaud(double hostRate) {
     rate_ = hostRate;
@@ -89,7 +93,9 @@ void Board::autobaud(double hostRate) {
         }
     };
     switch (model_.family) {
-        case Family::Ald4: set("S0BG", clk / (32.0 * hostRate) - 1); break;
+        case Family::Ald4:
+            set("S0BG", clk / (32.0 * hostRate) - 1);
+            break;
         case Family::Zt:
             set("ASC0FDV", 0);
             latchedFdv_ = 0;
@@ -114,17 +120,19 @@ std::string Board::status() const {
     static constexpr const char* names[] = {"reset",   "bootstrap", "loader",      "loading",
                                             "monitor", "asc1-wait", "application", "dead"};
     char buf[200];
-    std::snprintf(buf, sizeof buf, "controller=%s mode=%s rate=%.0f core=%06X-%06X einit=%d commands=%u",
+    std::snprintf(buf, sizeof buf,
+                  "controller=%s mode=%s rate=%.0f core=%06X-%06X einit=%d commands=%u",
                   model_.controller.c_str(), names[static_cast<int>(mode_)], rate_,
-                  static_cast<unsigned>(coreStart_), static_cast<unsigned>(coreEnd_), einit_ ? 1 : 0,
-                  static_cast<unsigned>(commands_));
+                  static_cast<unsigned>(coreStart_), static_cast<unsigned>(coreEnd_),
+                  einit_ ? 1 : 0, static_cast<unsigned>(commands_));
     return buf;
 }
 
 // ---- memory ------------------------------------------------------------------
 
 bool Board::inAreas(const std::vector<Area>& areas, uint32_t a) const {
-    return std::any_of(areas.begin(), areas.end(), [a](const Area& r) { return a >= r.first && a <= r.last; });
+    return std::any_of(areas.begin(), areas.end(),
+                       [a](const Area& r) { return a >= r.first && a <= r.last; });
 }
 
 bool Board::unitVisible(std::size_t unit) const {
@@ -184,8 +192,12 @@ uint16_t Board::readWord(uint32_t address) const {
     return static_cast<uint16_t>(read(address) | (read(address + 1) << 8));
 }
 
-uint8_t Board::peek(uint32_t address) const { return read(address); }
-uint16_t Board::peekWord(uint32_t address) const { return readWord(address); }
+uint8_t Board::peek(uint32_t address) const {
+    return read(address);
+}
+uint16_t Board::peekWord(uint32_t address) const {
+    return readWord(address);
+}
 
 void Board::pokeFlash(uint32_t address, uint8_t value) {
     uint32_t off = 0;
@@ -199,7 +211,8 @@ uint16_t Board::registerValue(const std::string& name) const {
 }
 
 bool Board::sectorLocked(std::size_t unit, std::size_t sector) const {
-    return unit < flash_.size() && sector < flash_[unit].locked.size() && flash_[unit].locked[sector];
+    return unit < flash_.size() && sector < flash_[unit].locked.size() &&
+           flash_[unit].locked[sector];
 }
 
 bool Board::unitProtected(std::size_t unit) const {
@@ -227,7 +240,8 @@ bool Board::write(uint32_t address, uint8_t value) {
     return true;
 }
 
-void Board::afterRegisterWrite(uint32_t address, uint16_t oldValue, std::vector<BoardByte>& /*out*/) {
+void Board::afterRegisterWrite(uint32_t address, uint16_t oldValue,
+                               std::vector<BoardByte>& /*out*/) {
     const RegisterDef* reg = nullptr;
     for (const auto& r : model_.registers)
         if (r.address == (address & 0xFFFFFE)) reg = &r;
@@ -309,7 +323,8 @@ void Board::lineSilent() {
 
 void Board::receive(uint8_t byte, bool clean, double hostRate, std::vector<BoardByte>& out) {
     const bool measures = byte == 0x00;
-    if (!clean) byte = static_cast<uint8_t>(byte ^ 0x5A) == 0 ? 0xFF : static_cast<uint8_t>(byte ^ 0x5A);
+    if (!clean)
+        byte = static_cast<uint8_t>(byte ^ 0x5A) == 0 ? 0xFF : static_cast<uint8_t>(byte ^ 0x5A);
     switch (mode_) {
         case Mode::HeldInReset:
         case Mode::Application:
@@ -387,7 +402,8 @@ void Board::receive(uint8_t byte, bool clean, double hostRate, std::vector<Board
 bool Board::coreHeaderAt(uint32_t address, uint16_t& mask, uint16_t& length) const {
     const char sig[4] = {'V', 't', 'C', 'r'};
     for (int i = 0; i < 4; ++i)
-        if (read(address + 2 + static_cast<uint32_t>(i)) != static_cast<uint8_t>(sig[i])) return false;
+        if (read(address + 2 + static_cast<uint32_t>(i)) != static_cast<uint8_t>(sig[i]))
+            return false;
     mask = readWord(address + 6);
     length = readWord(address + 8);
     return length >= kCoreHeaderSize;
@@ -409,20 +425,47 @@ void Board::startCore(uint32_t first, uint32_t length) {
 bool Board::offered(uint8_t c) const {
     uint16_t bit = 0;
     switch (c) {
-        case wire::kWriteWord: bit = kFeatWriteWord; break;
-        case wire::kWriteBlock: bit = kFeatWriteBlock; break;
-        case wire::kReadBlock: bit = kFeatReadBlock; break;
-        case wire::kCall: bit = kFeatCall; break;
-        case wire::kGo: bit = kFeatJmp; break;
-        case wire::kEinit: bit = kFeatEinit; break;
-        case wire::kSwReset: bit = kFeatSwReset; break;
-        case wire::kGetChecksum: bit = kFeatChecksum; break;
-        case wire::kTestComm: bit = kFeatTest; break;
-        case wire::kAsc1Con: bit = kFeatAsc1; break;
-        case wire::kReadWord: bit = kFeatReadWord; break;
-        case wire::kWriteSeq: bit = kFeatWriteSeq; break;
-        case wire::kSetProtection: bit = kFeatSetProtection; break;
-        default: return false;
+        case wire::kWriteWord:
+            bit = kFeatWriteWord;
+            break;
+        case wire::kWriteBlock:
+            bit = kFeatWriteBlock;
+            break;
+        case wire::kReadBlock:
+            bit = kFeatReadBlock;
+            break;
+        case wire::kCall:
+            bit = kFeatCall;
+            break;
+        case wire::kGo:
+            bit = kFeatJmp;
+            break;
+        case wire::kEinit:
+            bit = kFeatEinit;
+            break;
+        case wire::kSwReset:
+            bit = kFeatSwReset;
+            break;
+        case wire::kGetChecksum:
+            bit = kFeatChecksum;
+            break;
+        case wire::kTestComm:
+            bit = kFeatTest;
+            break;
+        case wire::kAsc1Con:
+            bit = kFeatAsc1;
+            break;
+        case wire::kReadWord:
+            bit = kFeatReadWord;
+            break;
+        case wire::kWriteSeq:
+            bit = kFeatWriteSeq;
+            break;
+        case wire::kSetProtection:
+            bit = kFeatSetProtection;
+            break;
+        default:
+            return false;
     }
     (void)kFeatRelocatable;
     return (coreMask_ & bit) != 0;
@@ -430,15 +473,23 @@ bool Board::offered(uint8_t c) const {
 
 uint32_t Board::expectedArgs(uint8_t c) const {
     switch (c) {
-        case wire::kWriteWord: return 5;
+        case wire::kWriteWord:
+            return 5;
         case wire::kWriteBlock:
-        case wire::kReadBlock: return 5;
-        case wire::kReadWord: return 3;
-        case wire::kWriteSeq: return 4;
-        case wire::kSetProtection: return 3;
-        case wire::kGo: return 3;
-        case wire::kCall: return 19;
-        default: return 0;
+        case wire::kReadBlock:
+            return 5;
+        case wire::kReadWord:
+            return 3;
+        case wire::kWriteSeq:
+            return 4;
+        case wire::kSetProtection:
+            return 3;
+        case wire::kGo:
+            return 3;
+        case wire::kCall:
+            return 19;
+        default:
+            return 0;
     }
 }
 
@@ -547,7 +598,8 @@ void Board::finishCommand(std::vector<BoardByte>& out) {
             const uint32_t buffer = Addr3(a, 0);
             for (uint32_t i = 0; i < a[3]; ++i) {
                 const uint32_t e = buffer + 6 * i;
-                const uint32_t address = read(e) | (read(e + 1) << 8) | (uint32_t(read(e + 2)) << 16);
+                const uint32_t address =
+                    read(e) | (read(e + 1) << 8) | (uint32_t(read(e + 2)) << 16);
                 const uint16_t old = readWord(address);
                 if (!write(address, read(e + 4)) || !write(address + 1, read(e + 5))) return;
                 afterRegisterWrite(address, old, out);
@@ -569,8 +621,11 @@ void Board::finishCommand(std::vector<BoardByte>& out) {
             protLevel_ = a[2];
             break;
         }
-        case wire::kEinit: einit_ = true; break;
-        case wire::kTestComm: break;
+        case wire::kEinit:
+            einit_ = true;
+            break;
+        case wire::kTestComm:
+            break;
         case wire::kGetChecksum:
             emit(out, checksum_);
             break;
@@ -590,15 +645,16 @@ void Board::finishCommand(std::vector<BoardByte>& out) {
             return;
         case wire::kCall: {
             const uint32_t entry = Addr3(a, 0);
-            if (!helperZero_ && read(entry) == 'V' && read(entry + 1) == 't' && read(entry + 2) == 'H' &&
-                read(entry + 3) == 'p') {
+            if (!helperZero_ && read(entry) == 'V' && read(entry + 1) == 't' &&
+                read(entry + 2) == 'H' && read(entry + 3) == 'p') {
                 helperZero_ = true;  // a helper takes a trailing zero byte
                 return;
             }
             doCall(out);
             return;
         }
-        default: break;
+        default:
+            break;
     }
     command_ = 0;
     if (mode_ == Mode::Monitor) ack2(out);
@@ -643,7 +699,8 @@ void Board::doCall(std::vector<BoardByte>& out) {
     const auto& a = collected_;
     const uint32_t entry = Addr3(a, 0);
     std::array<uint16_t, 8> r{};
-    for (int i = 0; i < 8; ++i) r[static_cast<std::size_t>(i)] = static_cast<uint16_t>(a[3 + 2 * i] | (a[4 + 2 * i] << 8));
+    for (int i = 0; i < 8; ++i)
+        r[static_cast<std::size_t>(i)] = static_cast<uint16_t>(a[3 + 2 * i] | (a[4 + 2 * i] << 8));
     const uint16_t cp = registerValue("CP");
     auto storeGprs = [&] {
         for (uint32_t i = 0; i < 8; ++i) {
@@ -653,7 +710,8 @@ void Board::doCall(std::vector<BoardByte>& out) {
     };
     storeGprs();
     const bool helper = helperZero_;
-    if (read(entry) == 'V' && read(entry + 1) == 't' && read(entry + 2) == 'D' && read(entry + 3) == 'r') {
+    if (read(entry) == 'V' && read(entry + 1) == 't' && read(entry + 2) == 'D' &&
+        read(entry + 3) == 'r') {
         runDriver(entry, r);
     } else if (helper) {
         const char which = static_cast<char>(read(entry + 4));
@@ -695,7 +753,9 @@ void Board::waitReady(std::size_t unit) {
     if (busyFor > 0) pendingDelay_ += busyFor;
 }
 
-void Board::startErase(std::size_t unit, double us) { flash_[unit].readyAt = now_ + pendingDelay_ + us; }
+void Board::startErase(std::size_t unit, double us) {
+    flash_[unit].readyAt = now_ + pendingDelay_ + us;
+}
 
 bool Board::flashBusy(std::size_t unit) const {
     return unit < flash_.size() && now_ + pendingDelay_ < flash_[unit].readyAt;
@@ -736,7 +796,8 @@ uint16_t Board::eraseSector(std::size_t unit, uint32_t sector) {
     if (st.protectedUnit || (def.internal && protLevel_ >= 2) || st.locked[sector]) return 4;
     waitReady(unit);
     for (const auto& r : def.sections[sector])
-        std::fill(st.data.begin() + (r.first - def.first), st.data.begin() + (r.last - def.first) + 1, def.blank);
+        std::fill(st.data.begin() + (r.first - def.first),
+                  st.data.begin() + (r.last - def.first) + 1, def.blank);
     startErase(unit, times_.eraseSectorUs);
     return 0;
 }
@@ -751,8 +812,10 @@ uint16_t Board::eraseWordline(std::size_t unit, uint32_t address, uint32_t size)
     const int sector = sectorOf(unit, start);
     if (sector >= 0 && st.locked[static_cast<std::size_t>(sector)]) return 4;
     waitReady(unit);
-    const auto end = static_cast<std::size_t>(std::min<uint64_t>(uint64_t{start - def.first} + size, def.size));
-    std::fill(st.data.begin() + (start - def.first), st.data.begin() + static_cast<std::ptrdiff_t>(end), def.blank);
+    const auto end =
+        static_cast<std::size_t>(std::min<uint64_t>(uint64_t{start - def.first} + size, def.size));
+    std::fill(st.data.begin() + (start - def.first),
+              st.data.begin() + static_cast<std::ptrdiff_t>(end), def.blank);
     startErase(unit, times_.eraseWordlineUs);
     return 0;
 }
@@ -852,7 +915,8 @@ void Board::runDriver(uint32_t entry, std::array<uint16_t, 8>& r) {
                     r[2] = static_cast<uint16_t>(buffer & 0xFFFF);
                     break;
                 case 3:
-                    result = program(unit, hi(r[2], r[3]), hi(r[5], r[6]), uint32_t(burst) * std::max<uint16_t>(r[4], 1));
+                    result = program(unit, hi(r[2], r[3]), hi(r[5], r[6]),
+                                     uint32_t(burst) * std::max<uint16_t>(r[4], 1));
                     break;
                 case 2:
                     if (r[4] >= def.sections.size()) {
@@ -863,17 +927,33 @@ void Board::runDriver(uint32_t entry, std::array<uint16_t, 8>& r) {
                         result = eraseSector(unit, r[4]);
                     }
                     break;
-                case 5: r[1] = statusWord(unit, 0); break;
-                default: result = 0xFF; st.lastUnknown = true; break;
+                case 5:
+                    r[1] = statusWord(unit, 0);
+                    break;
+                default:
+                    result = 0xFF;
+                    st.lastUnknown = true;
+                    break;
             }
         }
     } else {
         switch (op) {
-            case 0: result = program(unit, hi(r[6], r[5]), hi(r[3], r[2]), r[1]); break;
-            case 1: result = eraseSector(unit, r[6]); break;
-            case 6: r[1] = statusWord(unit, r[6]); break;
-            case 0x88: result = eraseWordline(unit, hi(r[6], r[5]), wordline); break;
-            default: result = 0xFF; st.lastUnknown = true; break;
+            case 0:
+                result = program(unit, hi(r[6], r[5]), hi(r[3], r[2]), r[1]);
+                break;
+            case 1:
+                result = eraseSector(unit, r[6]);
+                break;
+            case 6:
+                r[1] = statusWord(unit, r[6]);
+                break;
+            case 0x88:
+                result = eraseWordline(unit, hi(r[6], r[5]), wordline);
+                break;
+            default:
+                result = 0xFF;
+                st.lastUnknown = true;
+                break;
         }
     }
     if (op != 5 && op != 6) st.lastFailed = result != 0;

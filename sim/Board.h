@@ -53,7 +53,7 @@ struct FlashTimes {
 };
 
 class Board {
-public:
+  public:
     Board(const BoardModel& model, FlashTimes times, FaultPlan faults, uint32_t seed);
 
     // A byte from the host. `clean` is false when host and board rates
@@ -96,7 +96,7 @@ public:
     // Whether the unit's flash is still erasing at the board's time.
     [[nodiscard]] bool flashBusy(std::size_t unit) const;
 
-private:
+  private:
     struct FlashState {
         std::vector<uint8_t> data;
         std::vector<bool> locked;
@@ -171,9 +171,9 @@ private:
     uint32_t need_ = 0;
     uint32_t coreFirst_ = 0;
     uint8_t command_ = 0;
-    bool inData_ = false;        // block write: taking the data
-    bool helperZero_ = false;    // call of a helper: taking the trailing zero
-    bool afterCall_ = false;     // a call returned; a zero now is its trailing byte
+    bool inData_ = false;      // block write: taking the data
+    bool helperZero_ = false;  // call of a helper: taking the trailing zero
+    bool afterCall_ = false;   // a call returned; a zero now is its trailing byte
     uint8_t checksum_ = 0;
     uint32_t commands_ = 0;
     bool wrongAck_ = false;

@@ -22,13 +22,20 @@ bool ParseFaults(std::string_view text, FaultPlan& plan, std::string& error) {
         const std::string kind = item.substr(0, at);
         const std::string value = item.substr(at + 1);
         Fault f;
-        if (kind == "drop") f.kind = FaultKind::Drop;
-        else if (kind == "flip") f.kind = FaultKind::Flip;
-        else if (kind == "stall") f.kind = FaultKind::Stall;
-        else if (kind == "wrongack") f.kind = FaultKind::WrongAck;
-        else if (kind == "reset") f.kind = FaultKind::Reset;
-        else if (kind == "die") f.kind = FaultKind::Die;
-        else if (kind == "hangup") f.kind = FaultKind::Hangup;
+        if (kind == "drop")
+            f.kind = FaultKind::Drop;
+        else if (kind == "flip")
+            f.kind = FaultKind::Flip;
+        else if (kind == "stall")
+            f.kind = FaultKind::Stall;
+        else if (kind == "wrongack")
+            f.kind = FaultKind::WrongAck;
+        else if (kind == "reset")
+            f.kind = FaultKind::Reset;
+        else if (kind == "die")
+            f.kind = FaultKind::Die;
+        else if (kind == "hangup")
+            f.kind = FaultKind::Hangup;
         else {
             error = "unknown fault '" + kind + "'";
             return false;

@@ -22,8 +22,8 @@ enum class FaultKind : uint8_t { Drop, Flip, Stall, WrongAck, Reset, Die, Hangup
 
 struct Fault {
     FaultKind kind = FaultKind::Drop;
-    uint32_t at = 0;        // n-th byte or command, 0 if by chance
-    double percent = 0;     // chance per byte or command
+    uint32_t at = 0;     // n-th byte or command, 0 if by chance
+    double percent = 0;  // chance per byte or command
 };
 
 struct FaultPlan {

@@ -24,13 +24,17 @@ void Put16(std::vector<uint8_t>& v, std::size_t at, uint32_t w) {
 }
 
 constexpr const char* kAld4Features =
-    "RELOCATABLE,WRITEWORD,WRITEBLOCK,READBLOCK,CALL,JMP,EINIT,SWRESET,GETCHECKSUM,TEST,READWORD,WRITESEQ";
+    "RELOCATABLE,WRITEWORD,WRITEBLOCK,READBLOCK,CALL,JMP,EINIT,SWRESET,GETCHECKSUM,TEST,READWORD,"
+    "WRITESEQ";
 constexpr const char* kZtFeatures =
-    "RELOCATABLE,WRITEWORD,WRITEBLOCK,READBLOCK,CALL,JMP,EINIT,SWRESET,GETCHECKSUM,TEST,ASC02ASC1,READWORD,"
+    "RELOCATABLE,WRITEWORD,WRITEBLOCK,READBLOCK,CALL,JMP,EINIT,SWRESET,GETCHECKSUM,TEST,ASC02ASC1,"
+    "READWORD,"
     "WRITESEQ,SETPROTECTION";
 constexpr const char* kZt7Features =
-    "RELOCATABLE,WRITEWORD,WRITEBLOCK,READBLOCK,CALL,JMP,EINIT,SWRESET,GETCHECKSUM,TEST,READWORD,WRITESEQ";
-constexpr const char* kSmallFeatures = "WRITEWORD,WRITEBLOCK,READBLOCK,CALL,JMP,EINIT,GETCHECKSUM,TEST";
+    "RELOCATABLE,WRITEWORD,WRITEBLOCK,READBLOCK,CALL,JMP,EINIT,SWRESET,GETCHECKSUM,TEST,READWORD,"
+    "WRITESEQ";
+constexpr const char* kSmallFeatures =
+    "WRITEWORD,WRITEBLOCK,READBLOCK,CALL,JMP,EINIT,GETCHECKSUM,TEST";
 
 }  // namespace
 
@@ -48,13 +52,20 @@ uint16_t FeatureMask(std::string_view names) {
 
 const std::vector<KernelSpec>& DeliveredKernels() {
     static const std::vector<KernelSpec> kernels = {
-        {"ALD4_DEFAULT", "KERNEL/ALD4LDR.HEX", "KERNEL/ALD4CORE.HEX", true, false, 0x00F600, 0x00F8FF, kAld4Features},
-        {"ALD4_KLINE", "KERNEL/ALD4LDRK.HEX", "KERNEL/ALD4CORE.HEX", true, true, 0x00F600, 0x00F8FF, kAld4Features},
-        {"ZTA9Y_DEFAULT", "KERNEL/ZTA9YLDR.HEX", "KERNEL/ZTA9YCOR.HEX", true, false, 0x00E000, 0x00E2FF, kZtFeatures},
-        {"ZTA9Y_KLINE", "KERNEL/ZTA9YLDK.HEX", "KERNEL/ZTA9YCOR.HEX", true, true, 0x00E000, 0x00E2FF, kZtFeatures},
-        {"ZT7000_DEFAULT", "KERNEL/ZT7LDR.HEX", "KERNEL/ZT7CORE.HEX", true, false, 0x00C000, 0x00C2FF, kZt7Features},
-        {"ZT7000_KLINE", "KERNEL/ZT7LDRK.HEX", "KERNEL/ZT7CORE.HEX", true, true, 0x00C000, 0x00C2FF, kZt7Features},
-        {"ALD4_SMALL", "KERNEL/ALD4SLDR.HEX", "KERNEL/ALD4SCOR.HEX", false, false, 0x00F600, 0x00F7FF, kSmallFeatures},
+        {"ALD4_DEFAULT", "KERNEL/ALD4LDR.HEX", "KERNEL/ALD4CORE.HEX", true, false, 0x00F600,
+         0x00F8FF, kAld4Features},
+        {"ALD4_KLINE", "KERNEL/ALD4LDRK.HEX", "KERNEL/ALD4CORE.HEX", true, true, 0x00F600, 0x00F8FF,
+         kAld4Features},
+        {"ZTA9Y_DEFAULT", "KERNEL/ZTA9YLDR.HEX", "KERNEL/ZTA9YCOR.HEX", true, false, 0x00E000,
+         0x00E2FF, kZtFeatures},
+        {"ZTA9Y_KLINE", "KERNEL/ZTA9YLDK.HEX", "KERNEL/ZTA9YCOR.HEX", true, true, 0x00E000,
+         0x00E2FF, kZtFeatures},
+        {"ZT7000_DEFAULT", "KERNEL/ZT7LDR.HEX", "KERNEL/ZT7CORE.HEX", true, false, 0x00C000,
+         0x00C2FF, kZt7Features},
+        {"ZT7000_KLINE", "KERNEL/ZT7LDRK.HEX", "KERNEL/ZT7CORE.HEX", true, true, 0x00C000, 0x00C2FF,
+         kZt7Features},
+        {"ALD4_SMALL", "KERNEL/ALD4SLDR.HEX", "KERNEL/ALD4SCOR.HEX", false, false, 0x00F600,
+         0x00F7FF, kSmallFeatures},
     };
     return kernels;
 }
@@ -67,7 +78,8 @@ std::vector<uint8_t> MakeLoader(uint32_t first, uint32_t last, bool ack, bool kl
     v[3] = 'd';
     Put16(v, 4, kline ? first - 1 : first);
     Put16(v, 6, last);
-    v[8] = static_cast<uint8_t>((ack ? kLoaderFlagAck : 0) | (kline ? kLoaderFlagFirstMinusOne : 0));
+    v[8] =
+        static_cast<uint8_t>((ack ? kLoaderFlagAck : 0) | (kline ? kLoaderFlagFirstMinusOne : 0));
     return v;
 }
 
@@ -116,16 +128,22 @@ std::vector<uint8_t> MakeHelper(char which, std::size_t length) {
 std::vector<Image> DeliveredImages() {
     std::vector<Image> out;
     for (const auto& k : DeliveredKernels()) {
-        out.push_back({k.loaderFile, kBootstrapAddress, MakeLoader(k.start, k.end, k.loaderAck, k.kline)});
+        out.push_back(
+            {k.loaderFile, kBootstrapAddress, MakeLoader(k.start, k.end, k.loaderAck, k.kline)});
         bool seen = false;
         for (const auto& i : out) seen = seen || i.file == k.coreFile;
         if (!seen)
-            out.push_back({k.coreFile, k.start, MakeCore(FeatureMask(k.features), k.end - k.start + 1, k.start)});
+            out.push_back({k.coreFile, k.start,
+                           MakeCore(FeatureMask(k.features), k.end - k.start + 1, k.start)});
     }
-    out.push_back({"DRIVER/ALD4IFL1.HEX", 0x00F900, MakeDriver({1, 0, 0x80, 0xFF, 1, 0x00FC80, 0}, 0x100)});
-    out.push_back({"DRIVER/ALD4XFL0.HEX", 0x00F900, MakeDriver({0, 1, 0x80, 0xFF, 2, 0x00FC80, 0x100}, 0x100)});
-    out.push_back({"DRIVER/ZTIFL0.HEX", 0x00E400, MakeDriver({0, 0, 0x80, 0xFF, 2, 0x00FC80, 0x200}, 0x100)});
-    out.push_back({"DRIVER/ZT7IFL1.HEX", 0x00C400, MakeDriver({1, 0, 0x80, 0x00, 1, 0x00D000, 0}, 0x100)});
+    out.push_back(
+        {"DRIVER/ALD4IFL1.HEX", 0x00F900, MakeDriver({1, 0, 0x80, 0xFF, 1, 0x00FC80, 0}, 0x100)});
+    out.push_back({"DRIVER/ALD4XFL0.HEX", 0x00F900,
+                   MakeDriver({0, 1, 0x80, 0xFF, 2, 0x00FC80, 0x100}, 0x100)});
+    out.push_back(
+        {"DRIVER/ZTIFL0.HEX", 0x00E400, MakeDriver({0, 0, 0x80, 0xFF, 2, 0x00FC80, 0x200}, 0x100)});
+    out.push_back(
+        {"DRIVER/ZT7IFL1.HEX", 0x00C400, MakeDriver({1, 0, 0x80, 0x00, 1, 0x00D000, 0}, 0x100)});
     out.push_back({"ZTPROG/PLLCON.HEX", 0x00EC00, MakeHelper('P', 0x40)});
     out.push_back({"MCPROG/RSTCON.HEX", 0x00FD00, MakeHelper('R', 0x40)});
     std::vector<uint8_t> sample(0x100);
@@ -139,12 +157,15 @@ std::string ToIntelHex(uint32_t address, const std::vector<uint8_t>& bytes) {
     char line[80];
     auto record = [&](uint8_t type, uint16_t offset, const uint8_t* data, std::size_t n) {
         unsigned sum = static_cast<unsigned>(n) + (offset >> 8) + (offset & 0xFF) + type;
-        int k = std::snprintf(line, sizeof line, ":%02X%04X%02X", static_cast<unsigned>(n), offset, type);
+        int k = std::snprintf(line, sizeof line, ":%02X%04X%02X", static_cast<unsigned>(n), offset,
+                              type);
         for (std::size_t i = 0; i < n; ++i) {
             sum += data[i];
-            k += std::snprintf(line + k, sizeof line - static_cast<std::size_t>(k), "%02X", data[i]);
+            k +=
+                std::snprintf(line + k, sizeof line - static_cast<std::size_t>(k), "%02X", data[i]);
         }
-        std::snprintf(line + k, sizeof line - static_cast<std::size_t>(k), "%02X\r\n", (0x100 - (sum & 0xFF)) & 0xFF);
+        std::snprintf(line + k, sizeof line - static_cast<std::size_t>(k), "%02X\r\n",
+                      (0x100 - (sum & 0xFF)) & 0xFF);
         s += line;
     };
     uint32_t upper = 0xFFFFFFFF;
@@ -152,7 +173,8 @@ std::string ToIntelHex(uint32_t address, const std::vector<uint8_t>& bytes) {
         const uint32_t a = address + static_cast<uint32_t>(i);
         if ((a >> 16) != upper && !(upper == 0xFFFFFFFF && (a >> 16) == 0)) {
             upper = a >> 16;
-            const uint8_t ext[2] = {static_cast<uint8_t>(upper >> 8), static_cast<uint8_t>(upper & 0xFF)};
+            const uint8_t ext[2] = {static_cast<uint8_t>(upper >> 8),
+                                    static_cast<uint8_t>(upper & 0xFF)};
             record(0x04, 0, ext, 2);
         } else if (upper == 0xFFFFFFFF) {
             upper = 0;

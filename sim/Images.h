@@ -45,8 +45,9 @@ constexpr std::size_t kDriverHeaderSize = 18;
 
 // The monitor's features in the order of their bits in a core header.
 inline constexpr std::array<std::string_view, 14> kFeatureNames = {
-    "RELOCATABLE", "WRITEWORD", "WRITEBLOCK", "READBLOCK", "CALL",     "JMP",      "EINIT",
-    "SWRESET",     "GETCHECKSUM", "TEST",     "ASC02ASC1", "READWORD", "WRITESEQ", "SETPROTECTION"};
+    "RELOCATABLE", "WRITEWORD", "WRITEBLOCK", "READBLOCK",    "CALL",
+    "JMP",         "EINIT",     "SWRESET",    "GETCHECKSUM",  "TEST",
+    "ASC02ASC1",   "READWORD",  "WRITESEQ",   "SETPROTECTION"};
 
 [[nodiscard]] uint16_t FeatureMask(std::string_view commaSeparatedNames);
 
@@ -71,7 +72,8 @@ struct KernelSpec {
 [[nodiscard]] const std::vector<KernelSpec>& DeliveredKernels();
 
 [[nodiscard]] std::vector<uint8_t> MakeLoader(uint32_t first, uint32_t last, bool ack, bool kline);
-[[nodiscard]] std::vector<uint8_t> MakeCore(uint16_t featureMask, std::size_t length, uint32_t seed);
+[[nodiscard]] std::vector<uint8_t> MakeCore(uint16_t featureMask, std::size_t length,
+                                            uint32_t seed);
 struct DriverSpec {
     uint8_t generation = 1;
     uint8_t unit = 0;

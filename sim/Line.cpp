@@ -6,7 +6,10 @@
 namespace vortelm::sim {
 
 Line::Line(Board& board, LineOptions options, FaultPlan faults, uint32_t seed)
-    : board_(board), options_(std::move(options)), faults_(std::move(faults)), rng_(seed ^ 0x9E3779B9u) {
+    : board_(board),
+      options_(std::move(options)),
+      faults_(std::move(faults)),
+      rng_(seed ^ 0x9E3779B9u) {
     if (!options_.tracePath.empty()) trace_ = std::fopen(options_.tracePath.c_str(), "w");
 }
 
@@ -36,7 +39,8 @@ bool Line::hit(FaultKind kind) {
     for (const auto& f : faults_.faults) {
         if (f.kind != kind) continue;
         if (f.at != 0 && f.at == boardBytes_) h = true;
-        if (f.at == 0 && f.percent > 0 && std::uniform_real_distribution<double>(0, 100)(rng_) < f.percent)
+        if (f.at == 0 && f.percent > 0 &&
+            std::uniform_real_distribution<double>(0, 100)(rng_) < f.percent)
             h = true;
     }
     return h;

@@ -33,7 +33,7 @@ struct LineOptions {
 };
 
 class Line {
-public:
+  public:
     Line(Board& board, LineOptions options, FaultPlan faults, uint32_t seed);
     ~Line();
     Line(const Line&) = delete;
@@ -63,7 +63,7 @@ public:
 
     [[nodiscard]] Board& board() { return board_; }
 
-private:
+  private:
     struct Timed {
         double t;
         uint8_t byte;

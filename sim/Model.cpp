@@ -8,18 +8,12 @@ namespace {
 
 std::vector<RegisterDef> CommonCpuRegisters() {
     return {
-        {"DPP0", 0xFE00, 0x0000, kRegPlain},
-        {"DPP1", 0xFE02, 0x0001, kRegPlain},
-        {"DPP2", 0xFE04, 0x0002, kRegPlain},
-        {"DPP3", 0xFE06, 0x0003, kRegPlain},
-        {"CSP", 0xFE08, 0x0000, kRegReadOnly},
-        {"CP", 0xFE10, 0xFC00, kRegPlain},
-        {"SP", 0xFE12, 0xFC00, kRegPlain},
-        {"STKOV", 0xFE14, 0xFA00, kRegPlain},
-        {"STKUN", 0xFE16, 0xFC00, kRegPlain},
-        {"BUSCON0", 0xFF0C, 0x04C0, kRegLockedByEinit},
-        {"PSW", 0xFF10, 0x0000, kRegPlain},
-        {"SYSCON", 0xFF12, 0x0090, kRegLockedByEinit},
+        {"DPP0", 0xFE00, 0x0000, kRegPlain},   {"DPP1", 0xFE02, 0x0001, kRegPlain},
+        {"DPP2", 0xFE04, 0x0002, kRegPlain},   {"DPP3", 0xFE06, 0x0003, kRegPlain},
+        {"CSP", 0xFE08, 0x0000, kRegReadOnly}, {"CP", 0xFE10, 0xFC00, kRegPlain},
+        {"SP", 0xFE12, 0xFC00, kRegPlain},     {"STKOV", 0xFE14, 0xFA00, kRegPlain},
+        {"STKUN", 0xFE16, 0xFC00, kRegPlain},  {"BUSCON0", 0xFF0C, 0x04C0, kRegLockedByEinit},
+        {"PSW", 0xFF10, 0x0000, kRegPlain},    {"SYSCON", 0xFF12, 0x0090, kRegLockedByEinit},
     };
 }
 
@@ -51,7 +45,8 @@ void AddPortAndTimerRegisters(std::vector<RegisterDef>& regs) {
 
 std::vector<std::vector<Area>> EqualSections(uint32_t first, uint32_t count, uint32_t size) {
     std::vector<std::vector<Area>> s;
-    for (uint32_t i = 0; i < count; ++i) s.push_back({{first + i * size, first + (i + 1) * size - 1}});
+    for (uint32_t i = 0; i < count; ++i)
+        s.push_back({{first + i * size, first + (i + 1) * size - 1}});
     return s;
 }
 

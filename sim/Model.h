@@ -45,7 +45,7 @@ struct FlashWindow {  // a section seen at a second address
 };
 
 struct FlashUnitDef {
-    std::string name;   // the unit's name in the .MEM file
+    std::string name;  // the unit's name in the .MEM file
     bool internal = true;
     uint32_t first = 0;
     uint32_t size = 0;

@@ -20,18 +20,23 @@ bool Flag(std::string_view v, bool& out) {
 
 }  // namespace
 
-bool ApplySimOption(std::string_view key, std::string_view value, SimOptions& o, std::string& error) {
+bool ApplySimOption(std::string_view key, std::string_view value, SimOptions& o,
+                    std::string& error) {
     double d = 0;
     const std::string k(key);
     if (k == "kline" || k == "pace") {
-        if (!Flag(value, k == "kline" ? o.kline : o.pace)) return error = k + " takes 0 or 1", false;
+        if (!Flag(value, k == "kline" ? o.kline : o.pace))
+            return error = k + " takes 0 or 1", false;
     } else if (k == "latency") {
         if (!Number(value, d) || d > 10000) return error = "latency takes milliseconds", false;
         o.latencyMs = d;
     } else if (k == "flashtime") {
-        if (value == "0") o.flashReal = false;
-        else if (value == "real") o.flashReal = true;
-        else return error = "flashtime takes 0 or real", false;
+        if (value == "0")
+            o.flashReal = false;
+        else if (value == "real")
+            o.flashReal = true;
+        else
+            return error = "flashtime takes 0 or real", false;
     } else if (k == "seed") {
         if (!Number(value, d) || d > 4294967295.0) return error = "seed takes a number", false;
         o.seed = static_cast<uint32_t>(d);
@@ -53,13 +58,18 @@ bool ApplySimOption(std::string_view key, std::string_view value, SimOptions& o,
         else if (value == "dtr-reset-rts-boot" || value == "dtr-reset-rts-boot-inverted")
             o.resetOnDtr = true;
         else
-            return error = "lines takes rts-reset-dtr-boot or dtr-reset-rts-boot, each with -inverted or without",
+            return error =
+                       "lines takes rts-reset-dtr-boot or dtr-reset-rts-boot, each with -inverted "
+                       "or without",
                    false;
         o.linesInverted = value.ends_with("-inverted");
     } else if (k == "start") {
-        if (value == "bootstrap") o.startInApplication = false;
-        else if (value == "run") o.startInApplication = true;
-        else return error = "start takes bootstrap or run", false;
+        if (value == "bootstrap")
+            o.startInApplication = false;
+        else if (value == "run")
+            o.startInApplication = true;
+        else
+            return error = "start takes bootstrap or run", false;
     } else {
         error = "unknown option '" + k + "'";
         return false;

@@ -15,13 +15,14 @@ namespace {
 // bootstrap mode, or running its application with start=run, whatever the
 // levels: only changes of the lines move it.
 class SimChannel final : public channel::ByteChannel {
-public:
+  public:
     SimChannel(std::string text, BoardModel model, const SimOptions& o, channel::MicrosClock clock)
         : text_(std::move(text)),
           model_(std::move(model)),
           clock_(std::move(clock)),
           board_(model_, o.flashReal ? FlashTimes::Real() : FlashTimes{}, o.faults, o.seed),
-          line_(board_, LineOptions{o.kline, o.pace, o.latencyMs * 1000.0, true, o.tracePath}, o.faults, o.seed),
+          line_(board_, LineOptions{o.kline, o.pace, o.latencyMs * 1000.0, true, o.tracePath},
+                o.faults, o.seed),
           resetOnDtr_(o.resetOnDtr),
           inverted_(o.linesInverted),
           resetHeld_(o.linesInverted) {
@@ -65,7 +66,9 @@ public:
         follow();
         return channel::Control::Ok;
     }
-    channel::Control setBreak(bool) override { return usable() ? channel::Control::Ok : channel::Control::Failed; }
+    channel::Control setBreak(bool) override {
+        return usable() ? channel::Control::Ok : channel::Control::Failed;
+    }
     std::optional<int64_t> nextEventUs() override {
         if (!usable()) return std::nullopt;
         line_.advance(clock_());
@@ -78,7 +81,7 @@ public:
     }
     [[nodiscard]] int lastErrno() const override { return line_.hungUp() ? 5 /* EIO */ : 0; }
 
-private:
+  private:
     // The board's RESET and BSL pins after a change of the host's lines: a
     // reset that goes active holds the board, one that goes inactive starts
     // it in bootstrap mode if BSL is active then, else in its application.
@@ -117,7 +120,8 @@ private:
 
 }  // namespace
 
-OpenResult OpenInProcess(std::string_view options, std::string_view controller, channel::MicrosClock clock) {
+OpenResult OpenInProcess(std::string_view options, std::string_view controller,
+                         channel::MicrosClock clock) {
     OpenResult r;
     SimOptions o;
     std::string error;
@@ -137,7 +141,8 @@ OpenResult OpenInProcess(std::string_view options, std::string_view controller, 
     }
     BoardModel m = *model;
     if (o.clk) m.clk = o.clk;
-    r.channel = std::make_unique<SimChannel>("sim:" + std::string(options), std::move(m), o, std::move(clock));
+    r.channel = std::make_unique<SimChannel>("sim:" + std::string(options), std::move(m), o,
+                                             std::move(clock));
     return r;
 }
 

@@ -13,7 +13,7 @@ namespace vortelm::sim {
 
 struct OpenResult {
     std::unique_ptr<channel::ByteChannel> channel;  // null on failure
-    std::string error;                               // why, when null
+    std::string error;                              // why, when null
 };
 
 // options: the text behind "sim:", e.g. "" or "?kline=1&pace=1&latency=1".

@@ -20,6 +20,7 @@ struct WalkResult {
 // Length in bytes (2 or 4) of the instruction with this first byte.
 [[nodiscard]] int InstructionLength(uint8_t opcode);
 
-[[nodiscard]] WalkResult Walk(uint32_t start, uint32_t coreStart, const std::function<uint8_t(uint32_t)>& read);
+[[nodiscard]] WalkResult Walk(uint32_t start, uint32_t coreStart,
+                              const std::function<uint8_t(uint32_t)>& read);
 
 }  // namespace vortelm::sim

@@ -18,7 +18,9 @@ namespace dio = link::dumpio;
 
 constexpr int32_t kBurst = 1024;
 
-std::string Count(int64_t n) { return " " + std::to_string(n); }
+std::string Count(int64_t n) {
+    return " " + std::to_string(n);
+}
 
 // Bytes of all selections (or of one), for the progress bar.
 int64_t SelectedBytes(const SelectionList& sel, int first, int last) {
@@ -118,8 +120,8 @@ int compare(Target& t, std::string_view logFileName) {
         if (!toFile) return;
         const std::string resolved = ResolveInProgramFolder(st, logFileName);
         if (const SafeWriteResult w = ReplaceFile(NativePath(resolved), file); !w.ok)
-            Text2Buffer(st, "\r\n*ERROR: file " + resolved + " cannot be opened for writing: " +
-                                w.reason);
+            Text2Buffer(
+                st, "\r\n*ERROR: file " + resolved + " cannot be opened for writing: " + w.reason);
     };
     link::Monitor mon(st, t.port);
     const auto& sel = st.selections;
@@ -131,15 +133,17 @@ int compare(Target& t, std::string_view logFileName) {
     const int r = WalkBursts(sel, 0, sel.count - 1, [&](int32_t a, int32_t burst) {
         // burst is at most 1025: a selection's last burst may take one more
         CheckBound(burst - 1, kBurst, "compare buffer");
-        for (int32_t i = 0; i < burst; ++i) saved[static_cast<size_t>(i)] = dio::Read(st.dump, a + i);
+        for (int32_t i = 0; i < burst; ++i)
+            saved[static_cast<size_t>(i)] = dio::Read(st.dump, a + i);
         if (mon.Cmd_Read(a, burst) != 0) return 1;
         for (int32_t i = 0; i < burst; ++i) {
             const uint8_t expected = saved[static_cast<size_t>(i)];
             const uint8_t found = dio::Read(st.dump, a + i);
             if (expected == found) continue;
             ++different;
-            const std::string line = "Comparison at address " + HexText(a + i, 6) + " expected: " +
-                                     HexText(expected, 2) + " found: " + HexText(found, 2);
+            const std::string line = "Comparison at address " + HexText(a + i, 6) +
+                                     " expected: " + HexText(expected, 2) +
+                                     " found: " + HexText(found, 2);
             if (toFile)
                 file += line + "\n";
             else
@@ -167,8 +171,8 @@ int compare(Target& t, std::string_view logFileName) {
         st.scriptAbort = 0;
         return 0;
     }
-    const std::string summary =
-        "*Comparison: " + Count(total - different) + " Bytes OK - " + Count(different) + " Bytes different";
+    const std::string summary = "*Comparison: " + Count(total - different) + " Bytes OK - " +
+                                Count(different) + " Bytes different";
     if (toFile) {
         file += summary.substr(1) + "\n";
         writeReport();

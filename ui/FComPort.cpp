@@ -36,7 +36,8 @@ FComPort::FComPort(link::ComPort& port, QWidget* parent) : QDialog(parent), form
     for (int i = form_.comPortCount; i < static_cast<int>(form_.portItems.size()); ++i) {
         const std::string& item = form_.portItems[static_cast<size_t>(i)];
         for (const link::PortInfo& p : known)
-            if (p.path == item) portNumber_->setItemText(i, QString::fromStdString(link::PortLine(p)));
+            if (p.path == item)
+                portNumber_->setItemText(i, QString::fromStdString(link::PortLine(p)));
         if (item.rfind("sim:", 0) == 0)
             portNumber_->setItemText(i, QStringLiteral("sim:  (the virtual board)"));
     }

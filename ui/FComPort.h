@@ -18,7 +18,7 @@ namespace vortelm::ui {
 
 class FComPort : public QDialog {
     Q_OBJECT
-public:
+  public:
     FComPort(link::ComPort& port, QWidget* parent = nullptr);
     ~FComPort() override;
 
@@ -26,16 +26,16 @@ public:
     void BOk_Click();
     void BCancel_Click();
 
-protected:
+  protected:
     void showEvent(QShowEvent* e) override;
     void hideEvent(QHideEvent* e) override;
 
-private:
-  forms::FComPort form_;
-  QComboBox* portNumber_ = nullptr;
-  QLineEdit* timeout_ = nullptr;
-  QLineEdit* connectTimeout_ = nullptr;
-  QLineEdit* connectRetry_ = nullptr;
+  private:
+    forms::FComPort form_;
+    QComboBox* portNumber_ = nullptr;
+    QLineEdit* timeout_ = nullptr;
+    QLineEdit* connectTimeout_ = nullptr;
+    QLineEdit* connectRetry_ = nullptr;
 };
 
 }  // namespace vortelm::ui

@@ -12,17 +12,17 @@ namespace vortelm::ui {
 
 class FTerminalSettings : public QDialog {
     Q_OBJECT
-public:
+  public:
     FTerminalSettings(ProgramState& st, QWidget* parent = nullptr);
 
     [[nodiscard]] forms::FTerminalSettings& form() { return form_; }
     void BOk_Click();
     void BCancel_Click();
 
-private:
-  forms::FTerminalSettings form_;
-  QRadioButton* ascii_ = nullptr;
-  QRadioButton* hex_ = nullptr;
+  private:
+    forms::FTerminalSettings form_;
+    QRadioButton* ascii_ = nullptr;
+    QRadioButton* hex_ = nullptr;
 };
 
 }  // namespace vortelm::ui

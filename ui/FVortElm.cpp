@@ -30,24 +30,23 @@
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "forms/FFlash.h"
 #include "forms/FVortElm.h"
 #include "forms/TargetEntries.h"
 #include "link/ComPort.h"
 #include "shell/Program.h"
 #include "shell/Script.h"
 #include "target/Target.h"
-#include "forms/FFlash.h"
-#include "ui/FComPort.h"
-#include "ui/FFlash.h"
-#include "ui/FDisassemble.h"
-#include "ui/FTerminalSettings.h"
 #include "ui/Colours.h"
+#include "ui/FComPort.h"
+#include "ui/FDisassemble.h"
+#include "ui/FFlash.h"
+#include "ui/FTerminalSettings.h"
 #include "ui/SfrArea.h"
 
 namespace vortelm::ui {
 
 namespace {
-
 
 QPixmap Lamp(const QColor& colour) {
     QPixmap pm(14, 14);
@@ -68,17 +67,28 @@ QFont Mono() {
 
 HexKey KeyOf(int key) {
     switch (key) {
-    case Qt::Key_Shift: return HexKey::Shift;
-    case Qt::Key_Control: return HexKey::Ctrl;
-    case Qt::Key_Escape: return HexKey::Escape;
-    case Qt::Key_PageUp: return HexKey::PageUp;
-    case Qt::Key_PageDown: return HexKey::PageDown;
-    case Qt::Key_Left: return HexKey::Left;
-    case Qt::Key_Right: return HexKey::Right;
-    case Qt::Key_Up: return HexKey::Up;
-    case Qt::Key_Down: return HexKey::Down;
-    case Qt::Key_Delete: return HexKey::Delete;
-    default: break;
+        case Qt::Key_Shift:
+            return HexKey::Shift;
+        case Qt::Key_Control:
+            return HexKey::Ctrl;
+        case Qt::Key_Escape:
+            return HexKey::Escape;
+        case Qt::Key_PageUp:
+            return HexKey::PageUp;
+        case Qt::Key_PageDown:
+            return HexKey::PageDown;
+        case Qt::Key_Left:
+            return HexKey::Left;
+        case Qt::Key_Right:
+            return HexKey::Right;
+        case Qt::Key_Up:
+            return HexKey::Up;
+        case Qt::Key_Down:
+            return HexKey::Down;
+        case Qt::Key_Delete:
+            return HexKey::Delete;
+        default:
+            break;
     }
     if ((key >= Qt::Key_0 && key <= Qt::Key_9) || (key >= Qt::Key_A && key <= Qt::Key_F) ||
         key == Qt::Key_Period)
@@ -91,7 +101,7 @@ HexKey KeyOf(int key) {
 // ---- the cells of the hex page
 
 class HexCell : public QLineEdit {
-public:
+  public:
     HexCell(FVortElm& window, int index) : window_(window), index_(index) {
         setObjectName(QStringLiteral("TMemView%1").arg(index));
         setFrame(false);
@@ -103,7 +113,7 @@ public:
     }
     [[nodiscard]] int index() const { return index_; }
 
-protected:
+  protected:
     bool event(QEvent* e) override {
         // The menu's Ctrl shortcuts (copy, cut, paste ...) work on the
         // selections, not on the cell's text.
@@ -119,20 +129,22 @@ protected:
         if (e->isAutoRepeat() && (k == HexKey::Shift || k == HexKey::Ctrl)) return;
         window_.guarded([&]() {
             switch (k) {
-            case HexKey::Shift:
-            case HexKey::Ctrl:
-            case HexKey::Escape:
-            case HexKey::PageUp:
-            case HexKey::PageDown:
-            case HexKey::Left:
-            case HexKey::Right:
-            case HexKey::Up:
-            case HexKey::Down:
-            case HexKey::Delete: window_.page().keyDown(index_, k); break;
-            default:
-                QLineEdit::keyPressEvent(e);
-                window_.page().keyDown(index_, k);
-                break;
+                case HexKey::Shift:
+                case HexKey::Ctrl:
+                case HexKey::Escape:
+                case HexKey::PageUp:
+                case HexKey::PageDown:
+                case HexKey::Left:
+                case HexKey::Right:
+                case HexKey::Up:
+                case HexKey::Down:
+                case HexKey::Delete:
+                    window_.page().keyDown(index_, k);
+                    break;
+                default:
+                    QLineEdit::keyPressEvent(e);
+                    window_.page().keyDown(index_, k);
+                    break;
             }
         });
     }
@@ -162,7 +174,7 @@ protected:
     }
     void mouseDoubleClickEvent(QMouseEvent*) override {}
 
-private:
+  private:
     // The cell under the mouse: the pressed cell keeps the mouse, so the
     // neighbours are found by position.
     int cellAt(QMouseEvent* e) const {
@@ -181,7 +193,7 @@ private:
 // ---- the terminal
 
 class TerminalView : public QPlainTextEdit {
-public:
+  public:
     explicit TerminalView(FVortElm& window) : window_(window) {
         setObjectName(QStringLiteral("TTerminal"));
         setReadOnly(true);
@@ -190,12 +202,12 @@ public:
         setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     }
 
-protected:
+  protected:
     void mouseDoubleClickEvent(QMouseEvent* e) override {
         window_.terminalDoubleClicked(cursorForPosition(e->position().toPoint()).position());
     }
 
-private:
+  private:
     FVortElm& window_;
 };
 
@@ -246,9 +258,13 @@ FVortElm::FVortElm(shell::Program& program, QtHost& host)
     resize(1400, 820);
 }
 
-FVortElm::~FVortElm() { host_.attach(nullptr); }
+FVortElm::~FVortElm() {
+    host_.attach(nullptr);
+}
 
-target::Target& FVortElm::target() { return *program_.session().target; }
+target::Target& FVortElm::target() {
+    return *program_.session().target;
+}
 
 void FVortElm::showDisassembly() {
     if (!disassemble_) disassemble_ = std::make_unique<FDisassemble>(st_, program_.port(), this);
@@ -306,7 +322,8 @@ QLayout* FVortElm::buildPageBar() {
     down->setObjectName(QStringLiteral("BSegmentDown"));
     down->setArrowType(Qt::LeftArrow);
     down->setToolTip(QStringLiteral("Previous 64 KiB segment"));
-    connect(down, &QToolButton::clicked, this, [this]() { guarded([&]() { page_->segmentDown(); }); });
+    connect(down, &QToolButton::clicked, this,
+            [this]() { guarded([&]() { page_->segmentDown(); }); });
     auto* up = new QToolButton;
     up->setObjectName(QStringLiteral("BSegmentUp"));
     up->setArrowType(Qt::RightArrow);
@@ -426,7 +443,9 @@ void FVortElm::buildMenus() {
         m->setObjectName(QString::fromUtf8(name));
         return m;
     };
-    auto sep = [](QMenu* m, int n) { m->addSeparator()->setObjectName(QStringLiteral("USeparator%1").arg(n)); };
+    auto sep = [](QMenu* m, int n) {
+        m->addSeparator()->setObjectName(QStringLiteral("USeparator%1").arg(n));
+    };
     HexPage& hp = *page_;
 
     QMenu* file = top("PFile", "&File");
@@ -444,16 +463,22 @@ void FVortElm::buildMenus() {
     menuEntry(file, "UFileSaveSFRRegisterSet", "Save SFR Register set ...", nullptr);
 
     QMenu* edit = top("PEdit", "&Edit");
-    menuEntry(edit, "UEditCopy", "Copy", [this, &hp]() { hp.Copy(terminalHasFocus()); },
-              QKeySequence(Qt::CTRL | Qt::Key_C));
-    menuEntry(edit, "UEditCut", "Cut", [&hp]() { hp.Cut(); }, QKeySequence(Qt::CTRL | Qt::Key_X));
-    menuEntry(edit, "UEditPaste", "Paste", [&hp]() { hp.Paste(); }, QKeySequence(Qt::CTRL | Qt::Key_V));
+    menuEntry(
+        edit, "UEditCopy", "Copy", [this, &hp]() { hp.Copy(terminalHasFocus()); },
+        QKeySequence(Qt::CTRL | Qt::Key_C));
+    menuEntry(
+        edit, "UEditCut", "Cut", [&hp]() { hp.Cut(); }, QKeySequence(Qt::CTRL | Qt::Key_X));
+    menuEntry(
+        edit, "UEditPaste", "Paste", [&hp]() { hp.Paste(); }, QKeySequence(Qt::CTRL | Qt::Key_V));
     sep(edit, 3);
-    menuEntry(edit, "UEditSelectRange", "Add Selection ...", nullptr, QKeySequence(Qt::CTRL | Qt::Key_R));
-    menuEntry(edit, "UEditClearSelection", "Clear all Selections", [&hp]() { hp.ClearSelection(); },
-              QKeySequence(Qt::CTRL | Qt::Key_Z));
+    menuEntry(edit, "UEditSelectRange", "Add Selection ...", nullptr,
+              QKeySequence(Qt::CTRL | Qt::Key_R));
+    menuEntry(
+        edit, "UEditClearSelection", "Clear all Selections", [&hp]() { hp.ClearSelection(); },
+        QKeySequence(Qt::CTRL | Qt::Key_Z));
     sep(edit, 4);
-    menuEntry(edit, "UEditFill", "Fill", [&hp]() { hp.Fill(); }, QKeySequence(Qt::CTRL | Qt::Key_F));
+    menuEntry(
+        edit, "UEditFill", "Fill", [&hp]() { hp.Fill(); }, QKeySequence(Qt::CTRL | Qt::Key_F));
     menuEntry(edit, "UEditRandomFill", "Random Fill", [&hp]() { hp.RandomFill(); });
     menuEntry(edit, "UEditUnread", "Unread", [&hp]() { hp.Unread(); });
 
@@ -461,22 +486,28 @@ void FVortElm::buildMenus() {
     menuEntry(view, "UViewWords", "Word", [this]() { showView(0); });
     menuEntry(view, "UViewLong", "Long", [this]() { showView(1); });
     menuEntry(view, "UViewDisassemble", "Disassemble", [this]() { showDisassembly(); });
-    menuEntry(view, "UViewClearTerminalWindow", "Clear Terminal Window", [this]() { ClearTerminal(); });
+    menuEntry(view, "UViewClearTerminalWindow", "Clear Terminal Window",
+              [this]() { ClearTerminal(); });
 
     QMenu* tgt = top("PTarget", "&Target");
-    menuEntry(tgt, "UTargetConfiguration", "Configuration ...", [this]() { showConfiguration(); },
-              QKeySequence(Qt::CTRL | Qt::Key_Q));
+    menuEntry(
+        tgt, "UTargetConfiguration", "Configuration ...", [this]() { showConfiguration(); },
+        QKeySequence(Qt::CTRL | Qt::Key_Q));
     sep(tgt, 5);
-    menuEntry(tgt, "UTargetConnect", "Connect", [this]() { doConnect(); }, QKeySequence(Qt::CTRL | Qt::Key_T));
+    menuEntry(
+        tgt, "UTargetConnect", "Connect", [this]() { doConnect(); },
+        QKeySequence(Qt::CTRL | Qt::Key_T));
     menuEntry(tgt, "UTargetReconnect", "Reconnect", [this]() { doReconnect(); });
     menuEntry(tgt, "UTargetDisconnect", "Disconnect", [this]() { doDisconnect(); });
     menuEntry(tgt, "UDisplayResetConfig", "Display Reset Configuration",
               [this]() { forms::UDisplayResetConfig_Click(target()); });
     sep(tgt, 6);
-    menuEntry(tgt, "UTargetDownload", "Download Selection", [this]() { doDownload(); },
-              QKeySequence(Qt::CTRL | Qt::Key_D));
-    menuEntry(tgt, "UTargetUpload", "Upload Selection", [this]() { doUpload(); },
-              QKeySequence(Qt::CTRL | Qt::Key_U));
+    menuEntry(
+        tgt, "UTargetDownload", "Download Selection", [this]() { doDownload(); },
+        QKeySequence(Qt::CTRL | Qt::Key_D));
+    menuEntry(
+        tgt, "UTargetUpload", "Upload Selection", [this]() { doUpload(); },
+        QKeySequence(Qt::CTRL | Qt::Key_U));
     menuEntry(tgt, "UTargetCompare", "Compare Selection", [this]() { doCompare(); });
     sep(tgt, 7);
     menuEntry(tgt, "UTargetRelocate", "Relocate Monitor", [this]() {
@@ -492,10 +523,10 @@ void FVortElm::buildMenus() {
 
     QMenu* script = top("PScript", "S&cript");
     menuEntry(script, "UScriptExecute", "Execute ...", [this]() {
-        const QString name = QFileDialog::getOpenFileName(
-            this, QStringLiteral("Load script"),
-            QString::fromStdString(st_.programFolder + "/SCRIPTS"),
-            QStringLiteral("Script files (*.scm);;All Files (*.*)"));
+        const QString name =
+            QFileDialog::getOpenFileName(this, QStringLiteral("Load script"),
+                                         QString::fromStdString(st_.programFolder + "/SCRIPTS"),
+                                         QStringLiteral("Script files (*.scm);;All Files (*.*)"));
         if (!name.isEmpty()) runScript(name.toStdString());
     });
     menuEntry(script, "UScriptSelectUserScript", "User Scripts ...", nullptr);
@@ -547,29 +578,46 @@ void FVortElm::buildToolBar() {
     auto entry = [this](const char* name) { return findChild<QAction*>(QString::fromUtf8(name)); };
     using SP = QStyle;
     toolButton("BLoad", "Load file", "Load", SP::SP_DialogOpenButton, entry("UFileLoad"), nullptr);
-    toolButton("BSaveAs", "Save selection to file", "Save", SP::SP_DialogSaveButton, entry("UFileSave"), nullptr);
+    toolButton("BSaveAs", "Save selection to file", "Save", SP::SP_DialogSaveButton,
+               entry("UFileSave"), nullptr);
     toolBar_->addSeparator();
-    toolButton("BCopy", "Copy selection to clipboard", "Copy", SP::SP_FileDialogDetailedView, entry("UEditCopy"), nullptr);
-    toolButton("BCut", "Cut selection", "Cut", SP::SP_DialogDiscardButton, entry("UEditCut"), nullptr);
-    toolButton("BPaste", "Paste into selection", "Paste", SP::SP_FileDialogContentsView, entry("UEditPaste"), nullptr);
+    toolButton("BCopy", "Copy selection to clipboard", "Copy", SP::SP_FileDialogDetailedView,
+               entry("UEditCopy"), nullptr);
+    toolButton("BCut", "Cut selection", "Cut", SP::SP_DialogDiscardButton, entry("UEditCut"),
+               nullptr);
+    toolButton("BPaste", "Paste into selection", "Paste", SP::SP_FileDialogContentsView,
+               entry("UEditPaste"), nullptr);
     toolBar_->addSeparator();
-    toolButton("BConfigure", "Configure Hardware", "Configure", SP::SP_ComputerIcon, entry("UTargetConfiguration"), nullptr);
-    toolButton("BConnect", "Connect target", "Connect", SP::SP_MediaPlay, nullptr, [this]() { doConnect(); });
-    toolButton("BReconnect", "Reconnect", "Reconnect", SP::SP_BrowserReload, nullptr, [this]() { doReconnect(); });
-    toolButton("BUnconnect", "Disconnect", "Disconnect", SP::SP_MediaStop, nullptr, [this]() { doDisconnect(); });
+    toolButton("BConfigure", "Configure Hardware", "Configure", SP::SP_ComputerIcon,
+               entry("UTargetConfiguration"), nullptr);
+    toolButton("BConnect", "Connect target", "Connect", SP::SP_MediaPlay, nullptr,
+               [this]() { doConnect(); });
+    toolButton("BReconnect", "Reconnect", "Reconnect", SP::SP_BrowserReload, nullptr,
+               [this]() { doReconnect(); });
+    toolButton("BUnconnect", "Disconnect", "Disconnect", SP::SP_MediaStop, nullptr,
+               [this]() { doDisconnect(); });
     toolBar_->addSeparator();
-    toolButton("BDownload", "Download selection to target", "Download", SP::SP_ArrowDown, nullptr, [this]() { doDownload(); });
-    toolButton("BUpload", "Upload target memory into selection", "Upload", SP::SP_ArrowUp, nullptr, [this]() { doUpload(); });
-    toolButton("BCompare", "Compare selection with target memory", "Compare", SP::SP_DialogApplyButton, nullptr, [this]() { doCompare(); });
-    toolButton("BDebug", "Disassemble / Debug", "Debug", SP::SP_FileDialogInfoView, nullptr, [this]() { showDisassembly(); });
+    toolButton("BDownload", "Download selection to target", "Download", SP::SP_ArrowDown, nullptr,
+               [this]() { doDownload(); });
+    toolButton("BUpload", "Upload target memory into selection", "Upload", SP::SP_ArrowUp, nullptr,
+               [this]() { doUpload(); });
+    toolButton("BCompare", "Compare selection with target memory", "Compare",
+               SP::SP_DialogApplyButton, nullptr, [this]() { doCompare(); });
+    toolButton("BDebug", "Disassemble / Debug", "Debug", SP::SP_FileDialogInfoView, nullptr,
+               [this]() { showDisassembly(); });
     toolBar_->addSeparator();
-    toolButton("BProgram", "Intelligent Program of Selection into Flash / Otp", "Program", SP::SP_DriveHDIcon, nullptr, [this]() { doFlash("PROGRAM"); });
-    toolButton("BErase", "Erase Section", "Erase", SP::SP_TrashIcon, nullptr, [this]() { doFlash("ERASE"); });
-    toolButton("BProtect", "Protect Flash", "Protect", SP::SP_VistaShield, nullptr, [this]() { doFlash("PROTECT"); });
-    toolButton("BUnprotect", "Unprotect Flash", "Unprotect", -1, nullptr, [this]() { doFlash("UNPROTECT"); });
+    toolButton("BProgram", "Intelligent Program of Selection into Flash / Otp", "Program",
+               SP::SP_DriveHDIcon, nullptr, [this]() { doFlash("PROGRAM"); });
+    toolButton("BErase", "Erase Section", "Erase", SP::SP_TrashIcon, nullptr,
+               [this]() { doFlash("ERASE"); });
+    toolButton("BProtect", "Protect Flash", "Protect", SP::SP_VistaShield, nullptr,
+               [this]() { doFlash("PROTECT"); });
+    toolButton("BUnprotect", "Unprotect Flash", "Unprotect", -1, nullptr,
+               [this]() { doFlash("UNPROTECT"); });
     toolButton("BLock", "Lock Flash", "Lock", -1, nullptr, [this]() { doFlash("LOCK"); });
     toolButton("BUnlock", "Unlock Flash", "Unlock", -1, nullptr, [this]() { doFlash("UNLOCK"); });
-    toolButton("BStatus", "Get Flash Status", "Status", SP::SP_MessageBoxInformation, nullptr, [this]() { doFlash("STATUS"); });
+    toolButton("BStatus", "Get Flash Status", "Status", SP::SP_MessageBoxInformation, nullptr,
+               [this]() { doFlash("STATUS"); });
     toolButton("BASC02ASC1", "ASC02ASC1", "ASC02ASC1", -1, nullptr, [this]() {
         (void)forms::BASC02ASC1_Click(target());
         afterCommand();
@@ -581,8 +629,8 @@ void FVortElm::buildToolBar() {
     toolBar_->setMovable(false);
     toolBar_->setIconSize(QSize(16, 16));
     toolBar_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    auto* selectCommand =
-        toolButton("BSelectCommand", "Select command", "Commands", SP::SP_FileDialogListView, nullptr, nullptr);
+    auto* selectCommand = toolButton("BSelectCommand", "Select command", "Commands",
+                                     SP::SP_FileDialogListView, nullptr, nullptr);
     selectCommand->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     for (int i = 0; i < 8; ++i) {
         const std::string name = "BFunc" + std::to_string(i);
@@ -639,7 +687,8 @@ void FVortElm::drawCells() {
         c->setPalette(p);
     }
     for (int r = 0; r < 16; ++r) {
-        rowLabels_[static_cast<size_t>(r)]->setText(QString::fromStdString(page_->rowAddressText(r)));
+        rowLabels_[static_cast<size_t>(r)]->setText(
+            QString::fromStdString(page_->rowAddressText(r)));
         // Bytes 7F to 9F have no glyph in the font: they show as the point
         // that stands for the other control codes.
         QString text = QString::fromLatin1(page_->rowText(r));
@@ -650,7 +699,9 @@ void FVortElm::drawCells() {
     if (!actPageBox_->hasFocus()) actPageBox_->setText(QString::fromStdString(page_->pageText()));
 }
 
-void FVortElm::setScrollValue(int value) { memPage_->setValue(value); }
+void FVortElm::setScrollValue(int value) {
+    memPage_->setValue(value);
+}
 
 void FVortElm::focusCell(int index) {
     HexCell* c = cells_[static_cast<size_t>(index)];
@@ -669,7 +720,9 @@ void FVortElm::setPageText(const std::string& text) {
     actPageBox_->selectAll();
 }
 
-void FVortElm::refreshMemory() { drawCells(); }
+void FVortElm::refreshMemory() {
+    drawCells();
+}
 
 void FVortElm::gotoPage(int32_t page) {
     guarded([&]() { page_->GotoPage(page); });
@@ -730,7 +783,9 @@ void FVortElm::progress(int64_t value, int64_t maximum) {
 
 // ---- terminal
 
-void FVortElm::terminalAppended() { terminalTimer_->start(); }
+void FVortElm::terminalAppended() {
+    terminalTimer_->start();
+}
 
 void FVortElm::terminalCleared() {
     terminal_->clear();
@@ -751,7 +806,9 @@ void FVortElm::RefreshTerminalWindow() {
     sfrArea_->draw();
 }
 
-void FVortElm::ClearTerminal() { vortelm::ClearTerminal(st_); }
+void FVortElm::ClearTerminal() {
+    vortelm::ClearTerminal(st_);
+}
 
 void FVortElm::terminalDoubleClicked(int position) {
     QTextCursor c(terminal_->document());
@@ -790,7 +847,9 @@ void FVortElm::runCommandLine(const QString& line) {
     afterCommand();
 }
 
-void FVortElm::refreshSfrView() { sfrArea_->refresh(); }
+void FVortElm::refreshSfrView() {
+    sfrArea_->refresh();
+}
 
 void FVortElm::afterCommand() {
     sfrArea_->draw();

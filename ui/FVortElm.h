@@ -53,7 +53,7 @@ class FView;
 
 class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     Q_OBJECT
-public:
+  public:
     FVortElm(shell::Program& program, QtHost& host);
     ~FVortElm() override;
 
@@ -121,11 +121,11 @@ public:
     void showFrontendSettings();
     void showAbout();
 
-protected:
+  protected:
     void closeEvent(QCloseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-private:
+  private:
     friend class HexCell;
     QWidget* buildHexPage();
     QLayout* buildPageBar();

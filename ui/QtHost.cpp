@@ -24,7 +24,9 @@ namespace {
 // The longest time between two looks at the sources.
 constexpr int64_t kLookMs = 10;
 
-QString Q(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); }
+QString Q(std::string_view s) {
+    return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size()));
+}
 
 }  // namespace
 
@@ -150,35 +152,54 @@ MsgAnswer QtHost::messageBox(std::string_view text, MsgButtons buttons, MsgIcon 
     if (answerBoxes_) {
         answeredBoxes.emplace_back(text);
         return buttons == MsgButtons::Ok || buttons == MsgButtons::OkCancel ? MsgAnswer::Ok
-                                                                             : MsgAnswer::Yes;
+                                                                            : MsgAnswer::Yes;
     }
     QMessageBox box(QApplication::activeWindow());
     box.setWindowTitle(title.empty() ? QStringLiteral("Vortelm") : Q(title));
     box.setText(Q(text));
     switch (icon) {
-    case MsgIcon::Information: box.setIcon(QMessageBox::Information); break;
-    case MsgIcon::Exclamation: box.setIcon(QMessageBox::Warning); break;
-    case MsgIcon::Question: box.setIcon(QMessageBox::Question); break;
-    case MsgIcon::Stop: box.setIcon(QMessageBox::Critical); break;
-    case MsgIcon::None: break;
+        case MsgIcon::Information:
+            box.setIcon(QMessageBox::Information);
+            break;
+        case MsgIcon::Exclamation:
+            box.setIcon(QMessageBox::Warning);
+            break;
+        case MsgIcon::Question:
+            box.setIcon(QMessageBox::Question);
+            break;
+        case MsgIcon::Stop:
+            box.setIcon(QMessageBox::Critical);
+            break;
+        case MsgIcon::None:
+            break;
     }
     switch (buttons) {
-    case MsgButtons::Ok: box.setStandardButtons(QMessageBox::Ok); break;
-    case MsgButtons::OkCancel: box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel); break;
-    case MsgButtons::YesNo: box.setStandardButtons(QMessageBox::Yes | QMessageBox::No); break;
-    case MsgButtons::YesNoCancel:
-        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        break;
+        case MsgButtons::Ok:
+            box.setStandardButtons(QMessageBox::Ok);
+            break;
+        case MsgButtons::OkCancel:
+            box.setStandardButtons(QMessageBox::Ok | QMessageBox::Cancel);
+            break;
+        case MsgButtons::YesNo:
+            box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+            break;
+        case MsgButtons::YesNoCancel:
+            box.setStandardButtons(QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+            break;
     }
     // A box asked while the hourglass shows takes the normal cursor.
     QGuiApplication::setOverrideCursor(Qt::ArrowCursor);
     const int r = box.exec();
     QGuiApplication::restoreOverrideCursor();
     switch (r) {
-    case QMessageBox::Ok: return MsgAnswer::Ok;
-    case QMessageBox::Yes: return MsgAnswer::Yes;
-    case QMessageBox::No: return MsgAnswer::No;
-    default: return MsgAnswer::Cancel;
+        case QMessageBox::Ok:
+            return MsgAnswer::Ok;
+        case QMessageBox::Yes:
+            return MsgAnswer::Yes;
+        case QMessageBox::No:
+            return MsgAnswer::No;
+        default:
+            return MsgAnswer::Cancel;
     }
 }
 
@@ -272,6 +293,8 @@ void QtHost::progress(int64_t value, int64_t maximum) {
 void QtHost::refreshSfrView() {
     if (window_) window_->refreshSfrView();
 }
-void QtHost::scaleForms(double xFactor, double yFactor) { ScaleForms(xFactor, yFactor); }
+void QtHost::scaleForms(double xFactor, double yFactor) {
+    ScaleForms(xFactor, yFactor);
+}
 
 }  // namespace vortelm::ui

@@ -24,7 +24,7 @@ class FInfo;
 
 // What the host asks of the main window.
 class HostWindow {
-public:
+  public:
     virtual ~HostWindow() = default;
     virtual void terminalAppended() = 0;
     virtual void terminalCleared() = 0;
@@ -40,7 +40,7 @@ public:
 
 class QtHost : public QObject, public Host {
     Q_OBJECT
-public:
+  public:
     QtHost();
     ~QtHost() override;
 
@@ -92,7 +92,7 @@ public:
     std::vector<std::string> answeredBoxes;
     std::vector<std::string> inputAnswers;
 
-private:
+  private:
     struct Watched {
         EventSource* source = nullptr;
         int fd = -1;

@@ -87,7 +87,9 @@ void CliHost::printLines(std::span<const std::string> lines) {
     std::fflush(stdout);
 }
 
-void CliHost::showProgress(bool on) { progressShown_ = on && ::isatty(STDERR_FILENO) == 1; }
+void CliHost::showProgress(bool on) {
+    progressShown_ = on && ::isatty(STDERR_FILENO) == 1;
+}
 
 void CliHost::progress(int64_t value, int64_t maximum) {
     if (!progressShown_) return;

@@ -217,7 +217,8 @@ int main(int argc, char** argv) {
             std::string name;
             const auto e = value(name) ? vortelm::link::BootEntryFromText(name) : std::nullopt;
             if (!e) {
-                std::fprintf(stderr, "vortelm-cli: --boot-entry takes %s\n%s", kBootEntries, kUsage);
+                std::fprintf(stderr, "vortelm-cli: --boot-entry takes %s\n%s", kBootEntries,
+                             kUsage);
                 return 2;
             }
             options.bootEntry = static_cast<int16_t>(*e);

@@ -5,9 +5,9 @@
 namespace vortelm::simapp {
 
 struct SlaveSettings {
-    double rate = 0;          // 0 when it could not be read
-    bool eightNone = true;    // 8 data bits, no parity
-    bool extproc = false;     // EXTPROC still set
+    double rate = 0;        // 0 when it could not be read
+    bool eightNone = true;  // 8 data bits, no parity
+    bool extproc = false;   // EXTPROC still set
 };
 
 [[nodiscard]] SlaveSettings ReadSlaveSettings(int fd);

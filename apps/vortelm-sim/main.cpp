@@ -114,8 +114,8 @@ int ParseArgs(int argc, char** argv, Args& a) {
             a.tcpPort = static_cast<int>(p);
         } else if (o == "--kline") {
             a.sim.kline = true;
-        } else if (o == "--pace" || o == "--latency" || o == "--flashtime" || o == "--seed" || o == "--fault" ||
-                   o == "--stallms" || o == "--trace" || o == "--clk") {
+        } else if (o == "--pace" || o == "--latency" || o == "--flashtime" || o == "--seed" ||
+                   o == "--fault" || o == "--stallms" || o == "--trace" || o == "--clk") {
             if (!ApplySimOption(o.substr(2), value(), a.sim, error)) return Usage(error);
         } else {
             return Usage("unknown option " + o);

@@ -32,7 +32,8 @@ TEST_F(Cli, HelpListsEveryListedRow) {
         const auto& r = table.shellCommands[i];
         if (!r.listed) continue;
         if (r.group != group) {
-            expected += "\n" + table.shellGroupNames[r.group] + "\n***********************************\n";
+            expected +=
+                "\n" + table.shellGroupNames[r.group] + "\n***********************************\n";
             group = r.group;
         }
         expected += r.description + ": " + r.usage + "\n";
@@ -40,8 +41,8 @@ TEST_F(Cli, HelpListsEveryListedRow) {
     expected += " \n";
     EXPECT_EQ(out, expected);
     const std::string head =
-              ">_help\nList all shell commands: _help\nTest: _test\n\nFILE FUNCTIONS\n"
-              "***********************************\nL";
+        ">_help\nList all shell commands: _help\nTest: _test\n\nFILE FUNCTIONS\n"
+        "***********************************\nL";
     EXPECT_EQ(out.substr(0, head.size()), head);
     EXPECT_EQ(out.find("_idreg"), std::string::npos);
     EXPECT_EQ(out.find("_initialize"), std::string::npos);
@@ -51,7 +52,8 @@ TEST_F(Cli, HelpListsEveryListedRow) {
 TEST_F(Cli, UpperCaseHelpWorks) {
     Run("_HELP\n");
     EXPECT_EQ(status, 0);
-    const std::string head = ">_HELP\nList all shell commands: _help\nTest: _test\n\nFILE FUNCTIONS\n";
+    const std::string head =
+        ">_HELP\nList all shell commands: _help\nTest: _test\n\nFILE FUNCTIONS\n";
     EXPECT_EQ(out.substr(0, head.size()), head);
 }
 
@@ -107,13 +109,15 @@ TEST_F(Cli, EmptyInputEndsAtOnce) {
 TEST_F(Cli, TextWithoutAPort) {
     Run("hello\n", "--port /dev/vortelm-no-such-port");
     const std::string caution =
-        "Caution ! Communication port used by other application ! Please select a different port \n";
+        "Caution ! Communication port used by other application ! Please select a different port "
+        "\n";
     // Start-up fails to open the port, the line fails at its first byte.
     EXPECT_EQ(err, caution + caution + "vortelm-cli: hello: failed with result -1\n");
     EXPECT_EQ(out.rfind("\n*Port /dev/vortelm-no-such-port: No such file or directory\n", 0), 0u)
         << out;
-    EXPECT_NE(out.find("\n-> SENDING: hello\n*Port /dev/vortelm-no-such-port: the port is not open\n"),
-              std::string::npos)
+    EXPECT_NE(
+        out.find("\n-> SENDING: hello\n*Port /dev/vortelm-no-such-port: the port is not open\n"),
+        std::string::npos)
         << out;
     EXPECT_EQ(status, 1);
 }
@@ -124,7 +128,8 @@ TEST_F(Cli, PendingRowSaysSo) {
     vortelm::shell::BuildShellCommandTable(table);
     std::string name;
     for (int i = 0; i < table.shellCommandCount && name.empty(); ++i)
-        if (table.shellCommands[i].maxParameters == 0 && vortelm::shell::FindRow(table.shellCommands[i].name) == nullptr)
+        if (table.shellCommands[i].maxParameters == 0 &&
+            vortelm::shell::FindRow(table.shellCommands[i].name) == nullptr)
             name = table.shellCommands[i].name;
     if (name.empty()) GTEST_SKIP() << "every row without arguments is in the build";
     Run(name + "\n");
@@ -148,7 +153,8 @@ TEST_F(Cli, ExistingScriptWordRuns) {
 }
 
 TEST_F(Cli, ClosedStandardInputEnds) {
-    const std::string cmd = std::string("'") + VORTELM_CLI + "' --home '" + dir + "/home' <&- >'" + dir + "/out'";
+    const std::string cmd =
+        std::string("'") + VORTELM_CLI + "' --home '" + dir + "/home' <&- >'" + dir + "/out'";
     const int rc = std::system(cmd.c_str());
     EXPECT_TRUE(WIFEXITED(rc));
     EXPECT_EQ(WEXITSTATUS(rc), 0);

@@ -43,7 +43,9 @@ TEST(BinaryTextValue, OnesAndEverythingElse) {
     EXPECT_EQ(BinaryTextValue("0001"), 1);
 }
 
-TEST(CrLf, IsCarriageReturnLineFeed) { EXPECT_EQ(CrLf(), "\r\n"); }
+TEST(CrLf, IsCarriageReturnLineFeed) {
+    EXPECT_EQ(CrLf(), "\r\n");
+}
 
 TEST(LastPosition, OneBasedAndExact) {
     EXPECT_EQ(LastPosition("a\\b\\c", '\\'), 4);

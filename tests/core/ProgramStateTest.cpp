@@ -13,7 +13,8 @@ TEST(ProgramState, StartValues) {
     EXPECT_EQ(st->KernelStartAddress, 0);
     EXPECT_EQ(st->KernelEndAddress, 0);
     EXPECT_EQ(st->CurrentKernel, 0);
-    EXPECT_EQ(st->IdRegisterAddresses, (std::array<int32_t, 6>{0xF07E, 0xF07C, 0xF07A, 0xF078, 0xF076, 0xF070}));
+    EXPECT_EQ(st->IdRegisterAddresses,
+              (std::array<int32_t, 6>{0xF07E, 0xF07C, 0xF07A, 0xF078, 0xF076, 0xF070}));
     EXPECT_EQ(st->IDLENGTH, 1);
     EXPECT_EQ(st->TRANSFERBUFFERSTARTADDRESS, 64640);
     EXPECT_EQ(st->PORT, 1);

@@ -12,7 +12,8 @@ namespace vortelm::testing {
 
 struct TempDir {
     TempDir() {
-        std::string tmpl = (std::filesystem::temp_directory_path() / "vortelm-test-XXXXXX").string();
+        std::string tmpl =
+            (std::filesystem::temp_directory_path() / "vortelm-test-XXXXXX").string();
         if (::mkdtemp(tmpl.data()) == nullptr) std::abort();
         path = tmpl;
     }

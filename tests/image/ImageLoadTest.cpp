@@ -6,8 +6,8 @@
 #include "ImageTestSupport.h"
 #include "core/RunTimeError.h"
 #include "image/HexFile.h"
-#include "image/Selections.h"
 #include "image/SRecordFile.h"
+#include "image/Selections.h"
 
 namespace vortelm::test {
 namespace {

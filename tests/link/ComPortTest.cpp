@@ -5,10 +5,10 @@
 #include <memory>
 #include <vector>
 
+#include "VirtualHost.h"
 #include "core/ProgramState.h"
 #include "link/ComPort.h"
 #include "link/ScriptedChannel.h"
-#include "VirtualHost.h"
 
 namespace vortelm::link {
 namespace {
@@ -19,7 +19,7 @@ constexpr const char* kCaution =
     "Caution ! Communication port used by other application ! Please select a different port ";
 
 class ComPortTest : public ::testing::Test {
-protected:
+  protected:
     ComPortTest() {
         auto c = std::make_unique<ScriptedChannel>([this] { return host.clockUs; }, "script:a");
         ch = c.get();

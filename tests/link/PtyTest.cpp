@@ -29,7 +29,7 @@ constexpr const char* kCaution =
     "Caution ! Communication port used by other application ! Please select a different port ";
 
 class RecordingHost : public Host {
-public:
+  public:
     std::vector<std::string> boxes;
     std::string terminal;
     MsgAnswer messageBox(std::string_view text, MsgButtons b, MsgIcon i,
@@ -71,7 +71,7 @@ struct Pty {
 };
 
 class PtyTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         ASSERT_GE(pty.master, 0);
         st.portOverride = pty.slave;
@@ -111,7 +111,7 @@ TEST_F(PtyTest, KLineEchoThenReply) {
     st.KLINE = 1;
     peer = std::thread([this] {
         std::string b = pty.take(1);
-        pty.put(b);        // the echo of the one wire
+        pty.put(b);       // the echo of the one wire
         pty.put("\x3C");  // the reply
     });
     port.SSSend(0x33);
@@ -225,8 +225,10 @@ TEST_F(PtyTest, UnsupportedModemLinesReportedOnce) {
          p = host.terminal.find("unsupported", p + 1))
         ++count;
     auto c = port.channel()->setRts(true);
-    if (c == channel::Control::Unsupported) EXPECT_EQ(count, 1u);
-    else EXPECT_EQ(count, 0u);
+    if (c == channel::Control::Unsupported)
+        EXPECT_EQ(count, 1u);
+    else
+        EXPECT_EQ(count, 0u);
     EXPECT_TRUE(host.boxes.empty());
 }
 
@@ -258,9 +260,11 @@ TEST(PortDiagnosis, BusyNamesTheProcessHoldingThePort) {
 }
 
 TEST(PortDiagnosis, MissingListsThePorts) {
-    std::vector<PortInfo> ports{{"/dev/ttyUSB0", "USB 0403:6001 Adapter A1", "/dev/serial/by-id/usb-x"},
-                                {"sim:", "virtual board in process", ""}};
-    const std::string d = DiagnosePortFailure("/dev/ttyUSB7", ENOENT, "No such file or directory", ports);
+    std::vector<PortInfo> ports{
+        {"/dev/ttyUSB0", "USB 0403:6001 Adapter A1", "/dev/serial/by-id/usb-x"},
+        {"sim:", "virtual board in process", ""}};
+    const std::string d =
+        DiagnosePortFailure("/dev/ttyUSB7", ENOENT, "No such file or directory", ports);
     EXPECT_EQ(d,
               "\r\n*Port /dev/ttyUSB7: No such file or directory"
               "\r\n*No such device. Ports of this system:"

@@ -22,7 +22,7 @@ constexpr const char* kCaution =
     "Caution ! Communication port used by other application ! Please select a different port ";
 
 class RecordingHost : public Host {
-public:
+  public:
     std::vector<std::string> boxes;
     std::string terminal;
     MsgAnswer messageBox(std::string_view text, MsgButtons b, MsgIcon i,

@@ -14,7 +14,7 @@
 namespace vortelm::test {
 
 class VirtualHost : public Host {
-public:
+  public:
     int64_t clockUs = 1'000'000;
     int yields = 0;
     std::function<void()> onYield;  // runs inside each yield, after the sources
@@ -24,7 +24,8 @@ public:
 
     int64_t nowUs() override { return clockUs; }
     void addSource(EventSource& s) override {
-        if (std::find(sources_.begin(), sources_.end(), &s) == sources_.end()) sources_.push_back(&s);
+        if (std::find(sources_.begin(), sources_.end(), &s) == sources_.end())
+            sources_.push_back(&s);
     }
     void removeSource(EventSource& s) override {
         sources_.erase(std::remove(sources_.begin(), sources_.end(), &s), sources_.end());
@@ -52,7 +53,7 @@ public:
     void terminalAppended(std::string_view text) override { terminal.append(text); }
     void refreshStatus() override { ++statusRefreshes; }
 
-private:
+  private:
     std::vector<EventSource*> sources_;
 };
 

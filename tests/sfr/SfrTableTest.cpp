@@ -201,7 +201,8 @@ TEST(SfrTable, HugeFieldBoundsEndTheLoadWithoutOverflow) {
         DataHome h;
         EXPECT_EQ(Load(h, std::string("SFR 0xFF12 SYSCON\n") + line + "\n"), -2) << line;
         EXPECT_EQ(h.st->sfrCount, 1) << line;
-        EXPECT_NE(h.st->terminalBuffer.find("*ERROR: SFR bit field width index "), std::string::npos)
+        EXPECT_NE(h.st->terminalBuffer.find("*ERROR: SFR bit field width index "),
+                  std::string::npos)
             << line;
         EXPECT_EQ(h.st->sfrTable[0].bitWidth[0], 0) << line;
     }

@@ -28,13 +28,21 @@ struct Frame : ::testing::Test {
 
 TEST_F(Frame, TableHasAllRowsAndGroups) {
     EXPECT_EQ(s.table.shellCommandCount, 87);
-    const char* groups[] = {"HELP FUNCTIONS", "FILE FUNCTIONS", "HEX EDITOR FUNCTIONS",
-                            "SELECTION FUNCTIONS", "TARGET CONNECTION FUNCTIONS",
-                            "TARGET TRANSFER FUNCTIONS", "TARGET EXECUTION FUNCTIONS",
-                            "TARGET MISC FUNCTIONS", "SFR VIEW FUNCTIONS",
-                            "TERMINAL / COMM FUNCTIONS", "LOGFILE FUNCTIONS",
-                            "SCRIPTING FUNCTIONS", "FLASH FUNCTIONS",
-                            "NOT DOCUMENTED FUNCTIONS", "VIEW FUNCTIONS"};
+    const char* groups[] = {"HELP FUNCTIONS",
+                            "FILE FUNCTIONS",
+                            "HEX EDITOR FUNCTIONS",
+                            "SELECTION FUNCTIONS",
+                            "TARGET CONNECTION FUNCTIONS",
+                            "TARGET TRANSFER FUNCTIONS",
+                            "TARGET EXECUTION FUNCTIONS",
+                            "TARGET MISC FUNCTIONS",
+                            "SFR VIEW FUNCTIONS",
+                            "TERMINAL / COMM FUNCTIONS",
+                            "LOGFILE FUNCTIONS",
+                            "SCRIPTING FUNCTIONS",
+                            "FLASH FUNCTIONS",
+                            "NOT DOCUMENTED FUNCTIONS",
+                            "VIEW FUNCTIONS"};
     for (int g = 1; g <= 15; ++g) EXPECT_EQ(s.table.shellGroupNames[g], groups[g - 1]);
     EXPECT_EQ(s.table.shellGroupNames[0], "");
     EXPECT_EQ(s.table.shellGroupNames[16], "");
@@ -49,10 +57,10 @@ TEST_F(Frame, EveryRowDeclaresAsManyParametersAsItsMost) {
         EXPECT_LE(r.group, 15);
         for (int j = 0; j < r.parameterCount; ++j) {
             const std::string t = r.parameters[j].type;
-            EXPECT_TRUE(t == "string" || t == "decimal value" || t == "hexadecimal value (24 bit)" ||
-                        t == "hexadecimal value (16 bit)" || t == "hexadecimal value (8 bit)" ||
-                        t == "filename" || t == "mem device" || t == "SFR" || t == "ON or OFF" ||
-                        t == "variable")
+            EXPECT_TRUE(t == "string" || t == "decimal value" ||
+                        t == "hexadecimal value (24 bit)" || t == "hexadecimal value (16 bit)" ||
+                        t == "hexadecimal value (8 bit)" || t == "filename" || t == "mem device" ||
+                        t == "SFR" || t == "ON or OFF" || t == "variable")
                 << r.name << " " << t;
         }
     }
@@ -66,41 +74,93 @@ TEST_F(Frame, RowsInOrderWithIdsAndGroups) {
         int group, min, max;
     };
     const Row rows[] = {
-        {"_help", 0x1001, 1, 0, 0}, {"_test", 0x1002, 1, 0, 0},
-        {"_load", 0x2001, 2, 1, 1}, {"_save", 0x2002, 2, 1, 3}, {"_binload", 0x2003, 2, 1, 2},
-        {"_binsave", 0x2004, 2, 1, 2}, {"_loadsre", 0x2005, 2, 1, 1}, {"_savesre", 0x2006, 2, 1, 3},
-        {"_setpath", 0x2007, 2, 2, 2}, {"_savex", 0x2008, 2, 2, 4},
-        {"_copy", 0x3001, 3, 0, 0}, {"_cut", 0x3002, 3, 0, 0}, {"_paste", 0x3003, 3, 1, 1},
-        {"_fillmemory", 0x3004, 3, 1, 1}, {"_clearmemory", 0x3005, 3, 0, 0}, {"_randomfill", 0x3006, 3, 0, 0},
-        {"_addselection", 0x4001, 4, 2, 2}, {"_clearselections", 0x4002, 4, 0, 0},
-        {"_showselections", 0x4003, 4, 0, 0}, {"_moveselection", 0x4004, 4, 2, 2},
+        {"_help", 0x1001, 1, 0, 0},
+        {"_test", 0x1002, 1, 0, 0},
+        {"_load", 0x2001, 2, 1, 1},
+        {"_save", 0x2002, 2, 1, 3},
+        {"_binload", 0x2003, 2, 1, 2},
+        {"_binsave", 0x2004, 2, 1, 2},
+        {"_loadsre", 0x2005, 2, 1, 1},
+        {"_savesre", 0x2006, 2, 1, 3},
+        {"_setpath", 0x2007, 2, 2, 2},
+        {"_savex", 0x2008, 2, 2, 4},
+        {"_copy", 0x3001, 3, 0, 0},
+        {"_cut", 0x3002, 3, 0, 0},
+        {"_paste", 0x3003, 3, 1, 1},
+        {"_fillmemory", 0x3004, 3, 1, 1},
+        {"_clearmemory", 0x3005, 3, 0, 0},
+        {"_randomfill", 0x3006, 3, 0, 0},
+        {"_addselection", 0x4001, 4, 2, 2},
+        {"_clearselections", 0x4002, 4, 0, 0},
+        {"_showselections", 0x4003, 4, 0, 0},
+        {"_moveselection", 0x4004, 4, 2, 2},
         {"_removeselection", 0x4005, 4, 1, 1},
-        {"_connect", 0x5001, 5, 0, 1}, {"_reconnect", 0x5002, 5, 0, 0}, {"_disconnect", 0x5003, 5, 0, 0},
-        {"_download", 0x6001, 6, 0, 0}, {"_upload", 0x6002, 6, 0, 1}, {"_compare", 0x6003, 6, 0, 1},
-        {"_mov", 0x6004, 6, 2, 2}, {"_movseq", 0x6005, 6, 2, 16}, {"_r16", 0x6006, 6, 1, 2},
-        {"_w16", 0x6007, 6, 2, 2}, {"_d16", 0x6009, 6, 2, 2}, {"_u16", 0x6008, 6, 2, 2},
-        {"_srst", 0x7001, 7, 0, 0}, {"_jmp", 0x7002, 7, 1, 1}, {"_call", 0x7003, 7, 1, 9},
-        {"_einit", 0x8001, 8, 0, 0}, {"_movemonitor", 0x8002, 8, 1, 1}, {"_setprotection", 0x8003, 8, 2, 3},
-        {"_pllcon", 0x8004, 8, 1, 1}, {"_rstcon", 0x8005, 8, 1, 1},
-        {"_refreshsfr", 0x9001, 9, 0, 1}, {"_addsfr", 0x9002, 9, 1, 2}, {"_removesfr", 0x9003, 9, 1, 2},
-        {"_send", 0xA001, 10, 1, 1}, {"_sendfile", 0xA002, 10, 1, 1}, {"_setp", 0xA003, 10, 2, 2},
-        {"_setbaudrate", 0xE005, 10, 1, 1}, {"_openport", 0x5004, 10, 0, 0},
-        {"_logfile", 0xB001, 11, 1, 1}, {"_setlogfile", 0xB002, 11, 1, 2},
-        {"_writelogfile", 0xB003, 11, 1, 16}, {"_print", 0xC008, 11, 1, 16},
-        {"_delay", 0xC001, 12, 1, 1}, {"_pause", 0xC002, 12, 0, 0}, {"_message", 0xC003, 12, 1, 16},
-        {"_cmessage", 0xC004, 12, 1, 16}, {"_assign", 0xC005, 12, 1, 1}, {"_executescript", 0xC006, 12, 1, 2},
-        {"_quit", 0xC007, 12, 0, 0}, {"_poll", 0xC009, 12, 3, 3}, {"_input", 0xC00A, 12, 2, 3},
+        {"_connect", 0x5001, 5, 0, 1},
+        {"_reconnect", 0x5002, 5, 0, 0},
+        {"_disconnect", 0x5003, 5, 0, 0},
+        {"_download", 0x6001, 6, 0, 0},
+        {"_upload", 0x6002, 6, 0, 1},
+        {"_compare", 0x6003, 6, 0, 1},
+        {"_mov", 0x6004, 6, 2, 2},
+        {"_movseq", 0x6005, 6, 2, 16},
+        {"_r16", 0x6006, 6, 1, 2},
+        {"_w16", 0x6007, 6, 2, 2},
+        {"_d16", 0x6009, 6, 2, 2},
+        {"_u16", 0x6008, 6, 2, 2},
+        {"_srst", 0x7001, 7, 0, 0},
+        {"_jmp", 0x7002, 7, 1, 1},
+        {"_call", 0x7003, 7, 1, 9},
+        {"_einit", 0x8001, 8, 0, 0},
+        {"_movemonitor", 0x8002, 8, 1, 1},
+        {"_setprotection", 0x8003, 8, 2, 3},
+        {"_pllcon", 0x8004, 8, 1, 1},
+        {"_rstcon", 0x8005, 8, 1, 1},
+        {"_refreshsfr", 0x9001, 9, 0, 1},
+        {"_addsfr", 0x9002, 9, 1, 2},
+        {"_removesfr", 0x9003, 9, 1, 2},
+        {"_send", 0xA001, 10, 1, 1},
+        {"_sendfile", 0xA002, 10, 1, 1},
+        {"_setp", 0xA003, 10, 2, 2},
+        {"_setbaudrate", 0xE005, 10, 1, 1},
+        {"_openport", 0x5004, 10, 0, 0},
+        {"_logfile", 0xB001, 11, 1, 1},
+        {"_setlogfile", 0xB002, 11, 1, 2},
+        {"_writelogfile", 0xB003, 11, 1, 16},
+        {"_print", 0xC008, 11, 1, 16},
+        {"_delay", 0xC001, 12, 1, 1},
+        {"_pause", 0xC002, 12, 0, 0},
+        {"_message", 0xC003, 12, 1, 16},
+        {"_cmessage", 0xC004, 12, 1, 16},
+        {"_assign", 0xC005, 12, 1, 1},
+        {"_executescript", 0xC006, 12, 1, 2},
+        {"_quit", 0xC007, 12, 0, 0},
+        {"_poll", 0xC009, 12, 3, 3},
+        {"_input", 0xC00A, 12, 2, 3},
         {"_delayms", 0xC00B, 12, 1, 1},
-        {"_iprogram", 0xD001, 13, 0, 0}, {"_program", 0xD002, 13, 0, 0}, {"_erase", 0xD003, 13, 2, 2},
-        {"_status", 0xD004, 13, 1, 1}, {"_protect", 0xD005, 13, 2, 2}, {"_unprotect", 0xD006, 13, 2, 2},
-        {"_lock", 0xD007, 13, 2, 3}, {"_unlock", 0xD008, 13, 2, 3}, {"_dumpmemecc", 0xD009, 13, 1, 4},
-        {"_dumpmodify", 0xD00A, 13, 3, 5}, {"_downloadtoasb", 0xD00B, 13, 0, 0},
-        {"_loadasb_byte", 0xD00C, 13, 1, 2}, {"_loadasb_word", 0xD00D, 13, 1, 2},
-        {"_idreg", 0xE001, 14, 0, 0}, {"_xorchecksum", 0xE002, 14, 1, 1}, {"_addcchecksum", 0xE003, 14, 1, 2},
+        {"_iprogram", 0xD001, 13, 0, 0},
+        {"_program", 0xD002, 13, 0, 0},
+        {"_erase", 0xD003, 13, 2, 2},
+        {"_status", 0xD004, 13, 1, 1},
+        {"_protect", 0xD005, 13, 2, 2},
+        {"_unprotect", 0xD006, 13, 2, 2},
+        {"_lock", 0xD007, 13, 2, 3},
+        {"_unlock", 0xD008, 13, 2, 3},
+        {"_dumpmemecc", 0xD009, 13, 1, 4},
+        {"_dumpmodify", 0xD00A, 13, 3, 5},
+        {"_downloadtoasb", 0xD00B, 13, 0, 0},
+        {"_loadasb_byte", 0xD00C, 13, 1, 2},
+        {"_loadasb_word", 0xD00D, 13, 1, 2},
+        {"_idreg", 0xE001, 14, 0, 0},
+        {"_xorchecksum", 0xE002, 14, 1, 1},
+        {"_addcchecksum", 0xE003, 14, 1, 2},
         {"_initialize", 0xE004, 14, 0, 0},
-        {"_viewword", 0xF001, 15, 0, 0}, {"_viewlong", 0xF002, 15, 0, 0}, {"_viewbyte", 0xF003, 15, 0, 0},
-        {"_viewassembler", 0xF004, 15, 0, 0}, {"_viewsfrs", 0xF005, 15, 0, 1},
-        {"_clearterminalwindow", 0xF006, 15, 0, 0}, {"_viewascii", 0xF007, 15, 0, 1},
+        {"_viewword", 0xF001, 15, 0, 0},
+        {"_viewlong", 0xF002, 15, 0, 0},
+        {"_viewbyte", 0xF003, 15, 0, 0},
+        {"_viewassembler", 0xF004, 15, 0, 0},
+        {"_viewsfrs", 0xF005, 15, 0, 1},
+        {"_clearterminalwindow", 0xF006, 15, 0, 0},
+        {"_viewascii", 0xF007, 15, 0, 1},
     };
     ASSERT_EQ(std::size(rows), 87u);
     for (size_t i = 0; i < std::size(rows); ++i) {
@@ -179,7 +239,8 @@ TEST_F(Frame, AddingRowsAndParameters) {
 
 TEST_F(Frame, TableBoundIsARunTimeError) {
     ShellTable t;
-    for (int i = 0; i <= kShellCommandBound; ++i) AddShellCommand(t, 1, "_r", i, 0, 0, kTrue, "", "");
+    for (int i = 0; i <= kShellCommandBound; ++i)
+        AddShellCommand(t, 1, "_r", i, 0, 0, kTrue, "", "");
     EXPECT_EQ(t.shellCommandCount, 257);
     EXPECT_THROW(AddShellCommand(t, 1, "_r", 0, 0, 0, kTrue, "", ""), RunTimeError);
     EXPECT_EQ(t.shellCommandCount, 257);
@@ -204,7 +265,9 @@ TEST_F(Frame, TrailingCommaMakesAnEmptyArgument) {
     EXPECT_EQ(s.parsedParameters[0].text, "a.hex");
     EXPECT_EQ(s.parsedParameters[1].text, "");
     EXPECT_EQ(s.parsedParameters[1].isHex24, kTrue);
-    EXPECT_EQ(Run("_load a.hex,"), ">_load a.hex,\r\n*ERROR: Illegal number of parameters\r\nusage: _load <filename>\r\n");
+    EXPECT_EQ(
+        Run("_load a.hex,"),
+        ">_load a.hex,\r\n*ERROR: Illegal number of parameters\r\nusage: _load <filename>\r\n");
     EXPECT_EQ(result, -3);
 }
 
@@ -229,7 +292,8 @@ TEST_F(Frame, SeventeenthArgumentEndsTheLine) {
     line += ",1";
     EXPECT_THROW(ParseShellArguments(s, line), RunTimeError);
     EXPECT_EQ(s.parsedParameterCount, 16);
-    EXPECT_EQ(Run(line), ">" + line + "\r\n*ERROR: parsedParameters index 16 out of range 0 to 15\r\n");
+    EXPECT_EQ(Run(line),
+              ">" + line + "\r\n*ERROR: parsedParameters index 16 out of range 0 to 15\r\n");
     EXPECT_NE(result, 0);
 }
 
@@ -325,7 +389,8 @@ TEST_F(Frame, FileNamesAreTestedInTheProgramFolder) {
 // ---- the checks and the status words
 
 TEST_F(Frame, MovAloneHasTooFewArguments) {
-    EXPECT_EQ(Run("_mov"), ">_mov\r\n*ERROR: Illegal number of parameters\r\nusage: _mov <address>,<value>\r\n");
+    EXPECT_EQ(Run("_mov"),
+              ">_mov\r\n*ERROR: Illegal number of parameters\r\nusage: _mov <address>,<value>\r\n");
     EXPECT_EQ(result, -3);
 }
 
@@ -406,7 +471,8 @@ TEST_F(Frame, UnknownWord) {
 TEST_F(Frame, CheckOnlyHasNoEchoAndRunsNothing) {
     EXPECT_EQ(Run("_nothing", -1), "*ERROR: Illegal command\r\n");
     EXPECT_EQ(result, -1);
-    EXPECT_EQ(Run("_mov", -1), "*ERROR: Illegal number of parameters\r\nusage: _mov <address>,<value>\r\n");
+    EXPECT_EQ(Run("_mov", -1),
+              "*ERROR: Illegal number of parameters\r\nusage: _mov <address>,<value>\r\n");
     EXPECT_EQ(Run("_test", -1), "");
     EXPECT_EQ(result, 0);
     EXPECT_EQ(Run("_delay 5", -1), "");

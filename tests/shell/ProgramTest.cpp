@@ -102,8 +102,8 @@ TEST(Program, AStartRepairsACopyThatWasCutShort) {
     data.write("KERNEL/CORE.HEX", ":00000001FF\n");
     data.write("default.ini", "PORTNAME=sim:\n");
     // What a killed first start leaves: some files, an empty one, no mark.
-    home.write("mctypes.dat", "mine");      // changed by the user: stays
-    home.write("KERNEL/CORE.HEX", "");     // cut short: copied again
+    home.write("mctypes.dat", "mine");  // changed by the user: stays
+    home.write("KERNEL/CORE.HEX", "");  // cut short: copied again
     TestHost host;
     Program p(host, Options(home.path, data.path));
     p.StepFirstRun();

@@ -32,8 +32,10 @@ TEST(Robustness, RandomLinesEndWithAKnownResult) {
         host.terminal.clear();
         // Rows of other parts run in their own tests, with the objects they
         // need; here they are only checked.
-        const bool frameOnly = line.rfind("_test", 0) == 0 || 
-                               FindShellCommand(s.table, line.substr(0, std::min<size_t>(SkipWord(line, kFalse), line.size()))) < 0;
+        const bool frameOnly =
+            line.rfind("_test", 0) == 0 ||
+            FindShellCommand(
+                s.table, line.substr(0, std::min<size_t>(SkipWord(line, kFalse), line.size()))) < 0;
         const int16_t checkOnly = (round % 2 && frameOnly) ? kFalse : kTrue;
         const int16_t r = ExecuteShellCommand(s, line, checkOnly);
         EXPECT_LE(s.parsedParameterCount, 16);

@@ -36,7 +36,8 @@ TEST_F(Rows, HelpListsTheListedRowsByGroup) {
         if (!r.listed) continue;
         ++listed;
         if (r.group != group) {
-            expected += "\r\n" + s.table.shellGroupNames[r.group] + "\r\n***********************************\r\n";
+            expected += "\r\n" + s.table.shellGroupNames[r.group] +
+                        "\r\n***********************************\r\n";
             group = r.group;
         }
         expected += r.description + ": " + r.usage + "\r\n";
@@ -45,11 +46,14 @@ TEST_F(Rows, HelpListsTheListedRowsByGroup) {
     EXPECT_EQ(out, expected);
     EXPECT_EQ(listed, 83);
     // No heading for the first group; it starts right after the echo.
-    EXPECT_EQ(out.substr(0, 61), ">_help\r\nList all shell commands: _help\r\nTest: _test\r\n\r\nFILE F");
+    EXPECT_EQ(out.substr(0, 61),
+              ">_help\r\nList all shell commands: _help\r\nTest: _test\r\n\r\nFILE F");
     EXPECT_EQ(out.find("HELP FUNCTIONS"), std::string::npos);
-    for (const char* hidden : {"_idreg", "_xorchecksum", "_addcchecksum", "_initialize", "NOT DOCUMENTED"})
+    for (const char* hidden :
+         {"_idreg", "_xorchecksum", "_addcchecksum", "_initialize", "NOT DOCUMENTED"})
         EXPECT_EQ(out.find(hidden), std::string::npos) << hidden;
-    EXPECT_NE(out.find("\r\nVIEW FUNCTIONS\r\n***********************************\r\nViews current selection as 16 bit numbers: _viewword\r\n"),
+    EXPECT_NE(out.find("\r\nVIEW FUNCTIONS\r\n***********************************\r\nViews current "
+                       "selection as 16 bit numbers: _viewword\r\n"),
               std::string::npos);
     EXPECT_EQ(out.substr(out.size() - 6), "]\r\n \r\n");
     EXPECT_EQ(result, 0);
@@ -86,12 +90,12 @@ TEST_F(Rows, RowsOfLaterPartsSayTheyAreNotInThisBuild) {
     // The ids whose operation is not in this build yet. Rows land one by one:
     // this list may only shrink.
     const std::set<uint32_t> pending = {
-        0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2006, 0x2007, 0x2008, 0x3001, 0x3002, 0x3003,
-        0x3004, 0x3005, 0x3006, 0x4001, 0x4002, 0x4003, 0x4004, 0x4005, 0x5001, 0x5002, 0x5003,
-        0x6001, 0x6002, 0x6003, 0x6004, 0x6005, 0x6006, 0x6007, 0x6009, 0x6008, 0x7001, 0x7002,
-        0x7003, 0x8001, 0x8002, 0x8003, 0x8004, 0x8005, 0x9001, 0x9002, 0x9003, 0xA001, 0xA002,
-        0xA003, 0xE005, 0x5004, 0xE001, 0xE002, 0xE003, 0xE004,
-        0xF001, 0xF002, 0xF003, 0xF004, 0xF005, 0xF006, 0xF007,
+        0x2001, 0x2002, 0x2003, 0x2004, 0x2005, 0x2006, 0x2007, 0x2008, 0x3001, 0x3002,
+        0x3003, 0x3004, 0x3005, 0x3006, 0x4001, 0x4002, 0x4003, 0x4004, 0x4005, 0x5001,
+        0x5002, 0x5003, 0x6001, 0x6002, 0x6003, 0x6004, 0x6005, 0x6006, 0x6007, 0x6009,
+        0x6008, 0x7001, 0x7002, 0x7003, 0x8001, 0x8002, 0x8003, 0x8004, 0x8005, 0x9001,
+        0x9002, 0x9003, 0xA001, 0xA002, 0xA003, 0xE005, 0x5004, 0xE001, 0xE002, 0xE003,
+        0xE004, 0xF001, 0xF002, 0xF003, 0xF004, 0xF005, 0xF006, 0xF007,
     };
     std::set<int32_t> pendingIds;
     for (uint32_t id : pending) pendingIds.insert(RowId(id));
@@ -103,7 +107,8 @@ TEST_F(Rows, RowsOfLaterPartsSayTheyAreNotInThisBuild) {
     // Those still pending answer so and fail with their id.
     const auto& viewword = s.table.shellCommands[FindShellCommand(s.table, "_viewword")];
     if (FindRow(viewword.name) == nullptr) {
-        EXPECT_EQ(Run("_viewword"), ">_viewword\r\n*ERROR: Command not available in this build\r\n");
+        EXPECT_EQ(Run("_viewword"),
+                  ">_viewword\r\n*ERROR: Command not available in this build\r\n");
         EXPECT_EQ(result, RowId(0xF001));
     }
     // The frame's own rows are bound.
@@ -111,9 +116,9 @@ TEST_F(Rows, RowsOfLaterPartsSayTheyAreNotInThisBuild) {
     EXPECT_NE(FindRow("_test"), nullptr);
     EXPECT_NE(FindRow("_quit"), nullptr);
     // So are the flash rows.
-    for (const char* name : {"_iprogram", "_program", "_erase", "_status", "_protect", "_unprotect", "_lock",
-                             "_unlock", "_dumpmemecc", "_dumpmodify", "_downloadtoasb", "_loadasb_byte",
-                             "_loadasb_word"})
+    for (const char* name : {"_iprogram", "_program", "_erase", "_status", "_protect", "_unprotect",
+                             "_lock", "_unlock", "_dumpmemecc", "_dumpmodify", "_downloadtoasb",
+                             "_loadasb_byte", "_loadasb_word"})
         EXPECT_NE(FindRow(name), nullptr) << name;
 }
 

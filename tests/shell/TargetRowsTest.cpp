@@ -43,7 +43,8 @@ struct TargetRows : ::testing::Test {
     void features(std::initializer_list<const char*> names) {
         Kernel& k = st->kernels[0];
         k.featureCount = 0;
-        for (const char* n : names) k.features[static_cast<size_t>(k.featureCount++)] = KernelFeature{n, 0, kTrue};
+        for (const char* n : names)
+            k.features[static_cast<size_t>(k.featureCount++)] = KernelFeature{n, 0, kTrue};
     }
     std::string Run(std::string_view line) {
         host.terminal.clear();

@@ -84,7 +84,8 @@ TEST(Boot, KLineLoaderHoldsFirstMinusOne) {
 
 // The host's relocation patch rewrites the loader's words; the board loads
 // the core where the patched loader says.
-std::vector<uint8_t> Patch(std::vector<uint8_t> l, uint16_t oldStart, uint16_t oldEnd, uint16_t newStart, bool kline) {
+std::vector<uint8_t> Patch(std::vector<uint8_t> l, uint16_t oldStart, uint16_t oldEnd,
+                           uint16_t newStart, bool kline) {
     const uint16_t newEnd = static_cast<uint16_t>(oldEnd + newStart - oldStart);
     for (std::size_t a = 0; a + 1 < l.size(); ++a) {
         auto w = [&] { return static_cast<uint16_t>(l[a] | (l[a + 1] << 8)); };
@@ -94,7 +95,8 @@ std::vector<uint8_t> Patch(std::vector<uint8_t> l, uint16_t oldStart, uint16_t o
         };
         if (w() == oldStart) put(newStart);
         if (w() == oldEnd) put(newEnd);
-        if (kline && w() == static_cast<uint16_t>(oldStart - 1)) put(static_cast<uint16_t>(newStart - 1));
+        if (kline && w() == static_cast<uint16_t>(oldStart - 1))
+            put(static_cast<uint16_t>(newStart - 1));
     }
     return l;
 }

@@ -19,7 +19,9 @@
 
 namespace simtest {
 
-inline std::string DataDir() { return std::string(VORTELM_SOURCE_DIR) + "/data"; }
+inline std::string DataDir() {
+    return std::string(VORTELM_SOURCE_DIR) + "/data";
+}
 
 inline std::string ReadFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
@@ -46,7 +48,8 @@ inline std::map<uint32_t, uint8_t> ReadHex(const std::string& path) {
         for (std::size_t i = 1; i + 1 < line.size(); i += 2) sum += hex(line, i, 2);
         EXPECT_EQ(sum & 0xFF, 0u) << path << ": " << line;
         if (type == 0)
-            for (uint32_t i = 0; i < n; ++i) out[base + off + i] = static_cast<uint8_t>(hex(line, 9 + 2 * i, 2));
+            for (uint32_t i = 0; i < n; ++i)
+                out[base + off + i] = static_cast<uint8_t>(hex(line, 9 + 2 * i, 2));
         else if (type == 2)
             base = hex(line, 9, 4) << 4;
         else if (type == 4)
@@ -93,7 +96,8 @@ struct Client {
             const auto next = ch->nextEventUs();
             if (!next || *next > deadline) {
                 now = deadline;
-                const auto k2 = ch->read(std::span<uint8_t>(buf, std::min(sizeof buf, n - got.size())));
+                const auto k2 =
+                    ch->read(std::span<uint8_t>(buf, std::min(sizeof buf, n - got.size())));
                 if (k2 > 0) got.insert(got.end(), buf, buf + k2);
                 break;
             }
@@ -116,15 +120,19 @@ struct Client {
     }
 
     static std::vector<uint8_t> Addr(uint32_t a) {
-        return {static_cast<uint8_t>(a), static_cast<uint8_t>(a >> 8), static_cast<uint8_t>(a >> 16)};
+        return {static_cast<uint8_t>(a), static_cast<uint8_t>(a >> 8),
+                static_cast<uint8_t>(a >> 16)};
     }
-    static std::vector<uint8_t> Word(uint32_t w) { return {static_cast<uint8_t>(w), static_cast<uint8_t>(w >> 8)}; }
+    static std::vector<uint8_t> Word(uint32_t w) {
+        return {static_cast<uint8_t>(w), static_cast<uint8_t>(w >> 8)};
+    }
 
     // Bootstrap with the named kernel files; returns the three replies.
     struct BootReplies {
         int id = -1, loaderAck = -1, coreAck = -1;
     };
-    BootReplies boot(const std::string& loaderFile, const std::string& coreFile, bool loaderAck = true) {
+    BootReplies boot(const std::string& loaderFile, const std::string& coreFile,
+                     bool loaderAck = true) {
         BootReplies r;
         send1(0x00);
         r.id = recv1(100'000);
@@ -201,7 +209,8 @@ struct Client {
         return recv1() == 0xEA;
     }
     // C_CALL; regs in/out R8..R15. Returns false on a wrong acknowledge.
-    bool call(uint32_t a, std::array<uint16_t, 8>& regs, bool sendZero = false, int* extra = nullptr) {
+    bool call(uint32_t a, std::array<uint16_t, 8>& regs, bool sendZero = false,
+              int* extra = nullptr) {
         send1(0x9F);
         if (recv1() != 0xAA) return false;
         auto h = Addr(a);
@@ -214,7 +223,9 @@ struct Client {
         auto back = recv(16, 30'000'000);
         if (back.size() != 16) return false;
         if (recv1() != 0xEA) return false;
-        for (int i = 0; i < 8; ++i) regs[static_cast<std::size_t>(i)] = static_cast<uint16_t>(back[2 * i] | (back[2 * i + 1] << 8));
+        for (int i = 0; i < 8; ++i)
+            regs[static_cast<std::size_t>(i)] =
+                static_cast<uint16_t>(back[2 * i] | (back[2 * i + 1] << 8));
         if (sendZero) {
             const int e = recv1();
             if (extra) *extra = e;

@@ -33,7 +33,9 @@ std::string Path(std::string name) {
     return simtest::DataDir() + "/" + name;
 }
 
-uint32_t Hex(const std::string& s) { return static_cast<uint32_t>(std::stoul(s, nullptr, 16)); }
+uint32_t Hex(const std::string& s) {
+    return static_cast<uint32_t>(std::stoul(s, nullptr, 16));
+}
 
 struct Controller {
     std::string family, regdef, memdef, kernel, klineKernel;
@@ -115,7 +117,8 @@ std::vector<MemUnit> ReadMem(const std::string& path) {
         if (k.rfind("SECTION(", 0) == 0) {
             const int i = std::stoi(k.substr(8));
             const int j = std::stoi(k.substr(k.rfind('(') + 1));
-            if (k.find("STARTADDRESS") != std::string::npos) u.sections[i][j].first = Hex(v.substr(2));
+            if (k.find("STARTADDRESS") != std::string::npos)
+                u.sections[i][j].first = Hex(v.substr(2));
             if (k.find("LENGTH") != std::string::npos) u.sections[i][j].second = Hex(v.substr(2));
         } else if (k.rfind("STATUS(", 0) == 0 && k.find("BIT") == std::string::npos) {
             u.statusCount = std::max(u.statusCount, std::stoi(k.substr(7)) + 1);
@@ -139,14 +142,16 @@ std::map<std::string, uint32_t> ReadSfr(const std::string& path) {
 }
 
 bool InRam(const BoardModel& m, uint32_t first, uint32_t last) {
-    return std::any_of(m.ram.begin(), m.ram.end(), [&](const Area& a) { return first >= a.first && last <= a.last; });
+    return std::any_of(m.ram.begin(), m.ram.end(),
+                       [&](const Area& a) { return first >= a.first && last <= a.last; });
 }
 
 }  // namespace
 
 TEST(Data, DeliveredImagesEqualTheGeneratorsOutput) {
     for (const auto& image : DeliveredImages()) {
-        EXPECT_EQ(simtest::ReadFile(simtest::DataDir() + "/" + image.file), ToIntelHex(image.address, image.bytes))
+        EXPECT_EQ(simtest::ReadFile(simtest::DataDir() + "/" + image.file),
+                  ToIntelHex(image.address, image.bytes))
             << image.file << ": run vortelm-sim-images data";
     }
 }
@@ -161,7 +166,9 @@ TEST(Data, TheImageProgramWritesTheDeliveredFiles) {
         if (!e.is_regular_file()) continue;
         ++files;
         const std::string rel = std::filesystem::relative(e.path(), dir).string();
-        EXPECT_EQ(simtest::ReadFile(e.path().string()), simtest::ReadFile(simtest::DataDir() + "/" + rel)) << rel;
+        EXPECT_EQ(simtest::ReadFile(e.path().string()),
+                  simtest::ReadFile(simtest::DataDir() + "/" + rel))
+            << rel;
     }
     EXPECT_EQ(files, DeliveredImages().size());
 }
@@ -194,14 +201,17 @@ TEST(Data, ControllersMatchTheBoardModels) {
 
 TEST(Data, KernelsMatchTheirImages) {
     const auto kernels = ReadKernels();
-    for (const char* n : {"ALD4_DEFAULT", "ALD4_KLINE", "ZTA9Y_DEFAULT", "ZTA9Y_KLINE", "ZT7000_DEFAULT", "ZT7000_KLINE"})
+    for (const char* n : {"ALD4_DEFAULT", "ALD4_KLINE", "ZTA9Y_DEFAULT", "ZTA9Y_KLINE",
+                          "ZT7000_DEFAULT", "ZT7000_KLINE"})
         EXPECT_TRUE(kernels.count(n)) << n;
     bool small = false;
     for (const auto& [name, k] : kernels) {
         const auto loader = simtest::Flatten(simtest::ReadHex(Path(k.loader)));
         ASSERT_EQ(loader.size(), kLoaderSize) << name;
         const bool kline = name.find("KLINE") != std::string::npos;
-        EXPECT_EQ(loader[4] | (loader[5] << 8), static_cast<int>((kline ? k.start - 1 : k.start) & 0xFFFF)) << name;
+        EXPECT_EQ(loader[4] | (loader[5] << 8),
+                  static_cast<int>((kline ? k.start - 1 : k.start) & 0xFFFF))
+            << name;
         EXPECT_EQ(loader[6] | (loader[7] << 8), static_cast<int>(k.end & 0xFFFF)) << name;
         EXPECT_EQ((loader[8] & kLoaderFlagAck) != 0, k.ack) << name;
         // the relocation patch finds exactly the words it should
@@ -238,7 +248,8 @@ TEST(Data, MemoryUnitsMatchTheBoardsAndTheirDrivers) {
             if (type.find("FLASH") == std::string::npos) {
                 for (const auto& [i, ranges] : u.sections)
                     for (const auto& [j, r] : ranges)
-                        EXPECT_TRUE(InRam(*m, r.first, r.first + r.second - 1)) << name << " " << u.name;
+                        EXPECT_TRUE(InRam(*m, r.first, r.first + r.second - 1))
+                            << name << " " << u.name;
                 continue;
             }
             ASSERT_TRUE(u.keys.count("DRIVER.PATH")) << u.name;
@@ -254,7 +265,8 @@ TEST(Data, MemoryUnitsMatchTheBoardsAndTheirDrivers) {
             const FlashUnitDef& f = m->flash[d[5]];
             EXPECT_EQ(f.name, u.name);
             EXPECT_EQ(f.internal, type == "IFLASH") << u.name;
-            EXPECT_EQ(d[6] | (d[7] << 8), static_cast<int>(Hex(u.keys.at("BURSTSIZE").substr(2)))) << u.name;
+            EXPECT_EQ(d[6] | (d[7] << 8), static_cast<int>(Hex(u.keys.at("BURSTSIZE").substr(2))))
+                << u.name;
             EXPECT_EQ(d[8], Hex(u.keys.at("BLANK").substr(2))) << u.name;
             EXPECT_EQ(d[8], f.blank) << u.name;
             EXPECT_EQ(d[9], u.statusCount) << u.name;
@@ -270,9 +282,11 @@ TEST(Data, MemoryUnitsMatchTheBoardsAndTheirDrivers) {
             }
             ASSERT_EQ(u.sections.size(), f.sections.size()) << u.name;
             for (const auto& [i, ranges] : u.sections) {
-                ASSERT_EQ(ranges.size(), f.sections[static_cast<std::size_t>(i)].size()) << u.name << " " << i;
+                ASSERT_EQ(ranges.size(), f.sections[static_cast<std::size_t>(i)].size())
+                    << u.name << " " << i;
                 for (const auto& [j, r] : ranges) {
-                    const Area& a = f.sections[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+                    const Area& a =
+                        f.sections[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
                     EXPECT_EQ(r.first, a.first) << u.name << " " << i << "/" << j;
                     EXPECT_EQ(r.first + r.second - 1, a.last) << u.name << " " << i << "/" << j;
                 }
@@ -283,7 +297,8 @@ TEST(Data, MemoryUnitsMatchTheBoardsAndTheirDrivers) {
                 activation = true;
                 const std::string reg = u.keys.at(key);
                 ASSERT_TRUE(sfr.count(reg)) << reg;
-                const uint32_t mask = Hex(u.keys.at("ACTIVATEMASK(" + std::to_string(i) + ")").substr(2));
+                const uint32_t mask =
+                    Hex(u.keys.at("ACTIVATEMASK(" + std::to_string(i) + ")").substr(2));
                 ASSERT_LT(static_cast<std::size_t>(i), f.activation.size());
                 EXPECT_EQ(f.activation[static_cast<std::size_t>(i)].registerAddress, sfr.at(reg));
                 EXPECT_EQ(f.activation[static_cast<std::size_t>(i)].mask, mask);
@@ -291,9 +306,12 @@ TEST(Data, MemoryUnitsMatchTheBoardsAndTheirDrivers) {
             if (u.keys.count("SECTION(0).MAPADDRESS(0)")) {
                 mapped = true;
                 ASSERT_EQ(f.windows.size(), 1u);
-                EXPECT_EQ(f.windows[0].mapAddress, Hex(u.keys.at("SECTION(0).MAPADDRESS(0)").substr(2)));
-                EXPECT_EQ(f.windows[0].when.registerAddress, sfr.at(u.keys.at("SECTION(0).MAPREGISTER(0)")));
-                EXPECT_EQ(f.windows[0].when.mask, Hex(u.keys.at("SECTION(0).MAPMASK(0)").substr(2)));
+                EXPECT_EQ(f.windows[0].mapAddress,
+                          Hex(u.keys.at("SECTION(0).MAPADDRESS(0)").substr(2)));
+                EXPECT_EQ(f.windows[0].when.registerAddress,
+                          sfr.at(u.keys.at("SECTION(0).MAPREGISTER(0)")));
+                EXPECT_EQ(f.windows[0].when.mask,
+                          Hex(u.keys.at("SECTION(0).MAPMASK(0)").substr(2)));
             }
         }
     }
@@ -310,14 +328,16 @@ TEST(Data, RegisterFilesNameEveryBoardRegister) {
             EXPECT_EQ(sfr.at(r.name), r.address) << name << " " << r.name;
         }
         EXPECT_EQ(sfr.size(), m->registers.size()) << name;
-        for (const char* must : {"SYSCON", "BUSCON0", "CP", "SP", "PSW", "DPP0", "DPP1", "DPP2", "DPP3", "PLLCON",
-                                 "RSTCON", "IDMANUF", "IDCHIP", "IDMEM", "IDPROG", "IDMEM2"})
+        for (const char* must :
+             {"SYSCON", "BUSCON0", "CP", "SP", "PSW", "DPP0", "DPP1", "DPP2", "DPP3", "PLLCON",
+              "RSTCON", "IDMANUF", "IDCHIP", "IDMEM", "IDPROG", "IDMEM2"})
             EXPECT_TRUE(sfr.count(must)) << name << " " << must;
     }
     const auto ald = ReadSfr(simtest::DataDir() + "/SFRDEF/LD7RK.SFR");
     for (const char* must : {"S0CON", "S0BG"}) EXPECT_TRUE(ald.count(must)) << must;
     const auto zt = ReadSfr(simtest::DataDir() + "/SFRDEF/ZTA9Y.SFR");
-    for (const char* must : {"ASC0FDV", "ASC0BG", "RSTCFG", "SYSSTAT", "FCONCS0", "TSTMOD", "RSTCON2"})
+    for (const char* must :
+         {"ASC0FDV", "ASC0BG", "RSTCFG", "SYSSTAT", "FCONCS0", "TSTMOD", "RSTCON2"})
         EXPECT_TRUE(zt.count(must)) << must;
     const auto zt7 = ReadSfr(simtest::DataDir() + "/SFRDEF/ZT7000.SFR");
     EXPECT_EQ(zt7.at("FDRL"), 0x204004u);
@@ -331,12 +351,15 @@ TEST(Data, RegisterFilesNameEveryBoardRegister) {
 
 TEST(Data, DefaultPreferencesOpenTheVirtualBoard) {
     const auto l = Lines(simtest::DataDir() + "/default.ini");
-    const auto at = [&](const std::string& s) { return std::find(l.begin(), l.end(), s) - l.begin(); };
+    const auto at = [&](const std::string& s) {
+        return std::find(l.begin(), l.end(), s) - l.begin();
+    };
     EXPECT_EQ(at("PORTNAME=sim:"), at("COMPORTS=16") + 1);
     EXPECT_LT(at("MCTYPE=ALD7RK_BB"), static_cast<long>(l.size()));
     EXPECT_LT(at("KERNEL=ALD4_DEFAULT"), at("KLINE=0"));
-    const std::vector<std::string> order = {"[Vortelm]", "[Communication]", "[Controller]", "[Memory]", "[Register]",
-                                            "[Commands]", "[Files]", "[Messages]", "[Frontend]"};
+    const std::vector<std::string> order = {"[Vortelm]", "[Communication]", "[Controller]",
+                                            "[Memory]",  "[Register]",      "[Commands]",
+                                            "[Files]",   "[Messages]",      "[Frontend]"};
     for (std::size_t i = 1; i < order.size(); ++i) EXPECT_LT(at(order[i - 1]), at(order[i]));
     EXPECT_EQ(l[static_cast<std::size_t>(at("[Files]")) + 1], "SAVEFILE=");
 }

@@ -111,7 +111,8 @@ TEST(Fault, RateFaultsFollowTheSeed) {
 }
 
 TEST(Fault, BadFaultTextIsRefused) {
-    for (const char* text : {"?fault=drop", "?fault=drop@0", "?fault=drop%200", "?fault=boom@1", "?stallms=x"}) {
+    for (const char* text :
+         {"?fault=drop", "?fault=drop@0", "?fault=drop%200", "?fault=boom@1", "?stallms=x"}) {
         Client c(text);
         EXPECT_FALSE(c.ch) << text;
         EXPECT_FALSE(c.error.empty()) << text;

@@ -37,10 +37,10 @@ TEST(Flash, ModeOneInitialisationReportsGeometry) {
     EXPECT_EQ(entry, 0xF900u);
     Regs r{0, 0x0001, 20000, 0, 0, 0, 0, 0};
     ASSERT_TRUE(c.call(entry, r));
-    EXPECT_EQ(r[7], 0);                // R15
-    EXPECT_EQ(r[3], 0x80FF);           // R11: burst 80, blank FF
-    EXPECT_EQ(r[1], 0x0000);           // R9: buffer high
-    EXPECT_EQ(r[2], 0xFC80);           // R10: buffer low
+    EXPECT_EQ(r[7], 0);       // R15
+    EXPECT_EQ(r[3], 0x80FF);  // R11: burst 80, blank FF
+    EXPECT_EQ(r[1], 0x0000);  // R9: buffer high
+    EXPECT_EQ(r[2], 0xFC80);  // R10: buffer low
     EXPECT_EQ(ReadGpr(c, 15), 0);
 }
 

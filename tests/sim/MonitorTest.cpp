@@ -101,7 +101,7 @@ TEST(Monitor, RegistersHaveTheirResetValues) {
     EXPECT_EQ(c.readWord(0xFF10), 0x0000);  // PSW
     EXPECT_EQ(c.readWord(0xFE02), 0x0001);  // DPP1
     EXPECT_EQ(c.readWord(0xF07A), 0x3040);  // IDMEM
-    ASSERT_TRUE(c.writeWord(0xF07E, 0));     // identification registers are read-only
+    ASSERT_TRUE(c.writeWord(0xF07E, 0));    // identification registers are read-only
     EXPECT_EQ(c.readWord(0xF07E), 0x1820);
 
     Client z("", "ZTA9Y_BB");
@@ -139,7 +139,7 @@ TEST(Monitor, RelocatedCoreRunsAfterAJump) {
     ASSERT_TRUE(c.writeBlock(0x00F900, core));
     ASSERT_TRUE(c.go(0x00F900));
     EXPECT_EQ(c.recv1(), 0x03);
-    EXPECT_TRUE(c.writeWord(0xF600, 0x1111));  // the old place is free now
+    EXPECT_TRUE(c.writeWord(0xF600, 0x1111));   // the old place is free now
     EXPECT_FALSE(c.writeWord(0xF900, 0x1111));  // the new one is the core
 }
 
@@ -165,8 +165,8 @@ TEST(Monitor, UserCodeRunsToTheBreakpointPatch) {
     // At 100000: a nop, an unconditional relative jump over two words,
     // two words, a long jump to 100100; there a move and the patch
     // (long call to the core's start).
-    std::vector<uint8_t> code = {0xCC, 0x00, 0x0D, 0x02, 0xFF, 0xFF, 0xFF, 0xFF,
-                                 0xFA, 0x10, 0x00, 0x01};
+    std::vector<uint8_t> code = {0xCC, 0x00, 0x0D, 0x02, 0xFF, 0xFF,
+                                 0xFF, 0xFF, 0xFA, 0x10, 0x00, 0x01};
     std::vector<uint8_t> tail = {0xE6, 0xF4, 0x34, 0x12, 0xDA, 0x00, 0x00, 0xF6};
     ASSERT_TRUE(c.writeBlock(0x100000, code));
     ASSERT_TRUE(c.writeBlock(0x100100, tail));

@@ -239,8 +239,9 @@ TEST(Program, HelpNamesEveryOptionAndBadOptionsFail) {
     {
         Program p({"--help"});
         const std::string all = p.rest();
-        for (const char* o : {"--controller", "--tcp", "--kline", "--pace", "--latency", "--flashtime", "--seed",
-                              "--fault", "--stallms", "--trace", "--clk", "--help", "reset run", "print TEXT", "status"})
+        for (const char* o : {"--controller", "--tcp", "--kline", "--pace", "--latency",
+                              "--flashtime", "--seed", "--fault", "--stallms", "--trace", "--clk",
+                              "--help", "reset run", "print TEXT", "status"})
             EXPECT_NE(all.find(o), std::string::npos) << o;
         EXPECT_EQ(p.exitCode(), 0);
     }

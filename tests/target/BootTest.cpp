@@ -148,7 +148,7 @@ TEST_F(Boot, PatchWithoutRelocatableFeatureDoesNotPatch) {
 }
 
 class Relocated : public TargetFixture {
-protected:
+  protected:
     void SetUp() override {
         setFeatures({"READBLOCK", "WRITEBLOCK", "RELOCATABLE"});
         st.kernels[0].patchStartAddress = 0xE000;
@@ -174,7 +174,7 @@ TEST_F(Relocated, LoaderWordsFollowTheCore) {
     EXPECT_EQ(l[7], 0xE0);
     EXPECT_EQ(l[10], 0xFF);  // start minus one stays without K-Line
     EXPECT_EQ(l[11], 0xF5);
-    EXPECT_EQ(l[14], 0xE0);  // odd positions are patched too
+    EXPECT_EQ(l[14], 0xE0);                            // odd positions are patched too
     EXPECT_EQ(board->core, images["CORE.HEX"].bytes);  // the core's bytes do not change
     EXPECT_EQ(st.KernelStartAddress, 0xE000);
     EXPECT_EQ(st.KernelEndAddress, 0xE03F);

@@ -46,7 +46,7 @@ std::string HexRecord(int address, int seed) {
 }
 
 class Cli : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         home = fs::temp_directory_path() /
                ("vortelm-cli-" + std::to_string(::getpid()) + "-" +
@@ -86,8 +86,9 @@ protected:
     std::string run(const std::string& port, const std::string& lines) {
         const fs::path in = home / "input.txt";
         std::ofstream(in) << lines;
-        const std::string cmd = std::string(VORTELM_BINARY_DIR) + "/apps/vortelm-cli/vortelm-cli --home '" +
-                                home.string() + "' --port '" + port + "' < '" + in.string() + "' 2>&1";
+        const std::string cmd = std::string(VORTELM_BINARY_DIR) +
+                                "/apps/vortelm-cli/vortelm-cli --home '" + home.string() +
+                                "' --port '" + port + "' < '" + in.string() + "' 2>&1";
         std::string out;
         if (FILE* p = ::popen(cmd.c_str(), "r")) {
             std::array<char, 4096> buf{};
@@ -105,7 +106,8 @@ protected:
     }
 
     std::string mainJob(const std::string& port) {
-        return run(port, "_connect NOPROMPT\n_load x.hex\n_download\n_clearmemory\n_upload\n_compare\n");
+        return run(port,
+                   "_connect NOPROMPT\n_load x.hex\n_download\n_clearmemory\n_upload\n_compare\n");
     }
 
     fs::path home;
@@ -120,7 +122,8 @@ const Family kFamilies[] = {
 
 void ExpectMainJob(const std::string& out) {
     EXPECT_NE(out.find("*Vortelm successfully launched"), std::string::npos) << out;
-    EXPECT_NE(out.find("*Comparison:  512 Bytes OK -  0 Bytes different"), std::string::npos) << out;
+    EXPECT_NE(out.find("*Comparison:  512 Bytes OK -  0 Bytes different"), std::string::npos)
+        << out;
     EXPECT_EQ(out.find("*ERROR"), std::string::npos) << out;
 }
 
@@ -164,10 +167,12 @@ TEST_F(Cli, Relocated) {
         editFile(home / "kernel.dat", "PATCHSTARTADDRESS(" + std::to_string(index) + ")=", value);
         // the core's old place is free once it runs elsewhere
         writeImage("x.hex", f.oldCore, 16);
-        const std::string out = run("sim:", "_connect NOPROMPT\n_load x.hex\n_download\n_clearmemory\n_upload\n_compare\n");
+        const std::string out = run(
+            "sim:", "_connect NOPROMPT\n_load x.hex\n_download\n_clearmemory\n_upload\n_compare\n");
         EXPECT_NE(out.find("*Vortelm successfully launched"), std::string::npos) << out;
         EXPECT_EQ(out.find("*ERROR"), std::string::npos) << out;
-        EXPECT_NE(out.find("*Comparison:  256 Bytes OK -  0 Bytes different"), std::string::npos) << out;
+        EXPECT_NE(out.find("*Comparison:  256 Bytes OK -  0 Bytes different"), std::string::npos)
+            << out;
     }
 }
 
@@ -177,8 +182,12 @@ TEST_F(Cli, SecondConnectTakesTheAutobaudPath) {
     EXPECT_NE(out.find("*Autobauding Vortelm detected"), std::string::npos) << out;
     // the second connect sends no image: one set of acknowledge lines only
     EXPECT_EQ(out.find("*RECEIVE - Vortelm ACK"), out.rfind("*RECEIVE - Vortelm ACK")) << out;
-    EXPECT_EQ(out.find("*Vortelm successfully launched"), out.find("*Vortelm successfully launched")) << out;
-    EXPECT_NE(out.rfind("*Vortelm successfully launched"), out.find("*Vortelm successfully launched")) << out;
+    EXPECT_EQ(out.find("*Vortelm successfully launched"),
+              out.find("*Vortelm successfully launched"))
+        << out;
+    EXPECT_NE(out.rfind("*Vortelm successfully launched"),
+              out.find("*Vortelm successfully launched"))
+        << out;
 }
 
 TEST_F(Cli, NoBoardAnswering) {
@@ -206,10 +215,12 @@ TEST_F(Cli, FaultsNeverGiveAFalseSuccess) {
     // The connect's reset report and initialisation take commands 1 to 7 (a
     // wrong acknowledge there is not examined, as on a real board): the
     // wrong acknowledge is aimed at the download's block.
-    for (const char* fault : {"drop@200", "flip@300", "wrongack@8", "die@3", "reset@3", "hangup@3"}) {
+    for (const char* fault :
+         {"drop@200", "flip@300", "wrongack@8", "die@3", "reset@3", "hangup@3"}) {
         SCOPED_TRACE(fault);
         const std::string out =
-            run(std::string("sim:?fault=") + fault, "_connect NOPROMPT\n_load x.hex\n_download\n_upload\n_compare\n");
+            run(std::string("sim:?fault=") + fault,
+                "_connect NOPROMPT\n_load x.hex\n_download\n_upload\n_compare\n");
         // every fault is noticed and named by an error word of the step it hit
         const bool error = out.find("*ERROR: download not successful") != std::string::npos ||
                            out.find("*ERROR: no data received") != std::string::npos ||

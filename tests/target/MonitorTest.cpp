@@ -6,7 +6,7 @@ namespace vortelm::testing {
 namespace {
 
 class Monitor : public TargetFixture {
-protected:
+  protected:
     void SetUp() override { running(); }
 };
 

@@ -13,7 +13,7 @@ namespace vortelm::testing {
 namespace {
 
 class Transfer : public TargetFixture {
-protected:
+  protected:
     void SetUp() override { running(); }
     size_t count(const std::string& s) const {
         size_t n = 0;
@@ -48,7 +48,8 @@ TEST_F(Transfer, RoundTripWithHolesAndBursts) {
     EXPECT_TRUE(logged("*Download:  3000 bytes \r\n"));
     EXPECT_TRUE(logged("*Download:  3001 bytes \r\n"));
     EXPECT_EQ(count("*Download: "), 4u);
-    for (size_t i = 0; i < a.size(); ++i) ASSERT_EQ(board->peek(0x10000 + static_cast<uint32_t>(i)), a[i]);
+    for (size_t i = 0; i < a.size(); ++i)
+        ASSERT_EQ(board->peek(0x10000 + static_cast<uint32_t>(i)), a[i]);
     EXPECT_EQ(board->peek(0x20000), b[0]);
     EXPECT_EQ(board->peek(0x10000 + 3000), 0);  // the hole stays untouched
     // clear the image and read it back
@@ -56,7 +57,8 @@ TEST_F(Transfer, RoundTripWithHolesAndBursts) {
     link::dumpio::Write(st.dump, 0x20000, 0);
     ASSERT_EQ(target::upload(tgt, -1), 0);
     EXPECT_TRUE(logged("*Upload:  3001 bytes \r\n"));
-    for (size_t i = 0; i < a.size(); ++i) ASSERT_EQ(dumpByte(0x10000 + static_cast<int32_t>(i)), a[i]);
+    for (size_t i = 0; i < a.size(); ++i)
+        ASSERT_EQ(dumpByte(0x10000 + static_cast<int32_t>(i)), a[i]);
     EXPECT_EQ(dumpByte(0x20000), b[0]);
     EXPECT_EQ(target::compare(tgt, ""), 0);
     EXPECT_TRUE(logged("*Comparison:  3001 Bytes OK -  0 Bytes different\r\n"));
@@ -143,7 +145,8 @@ TEST_F(Transfer, CompareReportsDifferencesAndRestoresDump) {
 }
 
 TEST_F(Transfer, CompareToFileKeepsTerminalToProgress) {
-    const auto dir = std::filesystem::temp_directory_path() / ("vortelm-cmp-" + std::to_string(::getpid()));
+    const auto dir =
+        std::filesystem::temp_directory_path() / ("vortelm-cmp-" + std::to_string(::getpid()));
     std::filesystem::create_directories(dir);
     st.programFolder = dir.string();
     load(0x3000, {1, 2});

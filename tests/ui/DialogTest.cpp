@@ -3,9 +3,9 @@
 #include <QCheckBox>
 #include <QRadioButton>
 
+#include "tests/ui/UiFixture.h"
 #include "ui/FComPort.h"
 #include "ui/FTerminalSettings.h"
-#include "tests/ui/UiFixture.h"
 
 namespace vortelm::testing {
 namespace {

@@ -11,7 +11,9 @@ namespace {
 
 using HexPage = UiTest;
 
-QPoint Centre(QWidget* w) { return w->rect().center(); }
+QPoint Centre(QWidget* w) {
+    return w->rect().center();
+}
 
 // A mouse event sent to the cell that holds the mouse, at the place of
 // another cell, as the move and release of a drag arrive.

@@ -35,7 +35,7 @@ inline void Enter(QComboBox* box, const QString& line) {
 }
 
 class UiTest : public ::testing::Test {
-protected:
+  protected:
     void SetUp() override {
         char tmpl[] = "/tmp/vortelm-ui-XXXXXX";
         const char* dir = ::mkdtemp(tmpl);

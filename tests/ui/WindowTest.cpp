@@ -17,9 +17,9 @@ namespace {
 using Window = UiTest;
 
 TEST_F(Window, ControlsCarryTheirNames) {
-    for (const char* name : {"BConnect", "BReconnect", "BUnconnect", "BDownload", "BUpload", "BCompare",
-                             "BLoad", "BSaveAs", "BCopy", "BCut", "BPaste", "BConfigure", "BDebug",
-                             "BSelectWindow", "BSegmentUp", "BSegmentDown"})
+    for (const char* name : {"BConnect", "BReconnect", "BUnconnect", "BDownload", "BUpload",
+                             "BCompare", "BLoad", "BSaveAs", "BCopy", "BCut", "BPaste",
+                             "BConfigure", "BDebug", "BSelectWindow", "BSegmentUp", "BSegmentDown"})
         EXPECT_NE(window->findChild<QAbstractButton*>(name), nullptr) << name;
     EXPECT_NE(window->findChild<QComboBox*>("TCommand"), nullptr);
     EXPECT_NE(window->findChild<QPlainTextEdit*>("TTerminal"), nullptr);
@@ -103,7 +103,8 @@ TEST_F(Window, DoubleClickOnAnEchoedLinePutsItIntoTheCommandBox) {
     // Another line is only selected.
     find<QComboBox>("TCommand")->lineEdit()->clear();
     QTextCursor other(term->document()->findBlockByNumber(1));
-    QTest::mouseDClick(term->viewport(), Qt::LeftButton, Qt::NoModifier, term->cursorRect(other).center());
+    QTest::mouseDClick(term->viewport(), Qt::LeftButton, Qt::NoModifier,
+                       term->cursorRect(other).center());
     EXPECT_EQ(find<QComboBox>("TCommand")->lineEdit()->text(), "");
     EXPECT_EQ(term->textCursor().selectedText(), "*Load: 12 bytes loaded");
 }
@@ -113,7 +114,8 @@ TEST_F(Window, StatusAfterConnectAndDisconnect) {
     auto* lamp = find<QLabel>("XStatusLamp");
     EXPECT_EQ(state->text(), "NOT CONNECTED");
     EXPECT_EQ(lamp->property("lamp").toString(), "XStatusRed");
-    EXPECT_TRUE(find<QLabel>("XComState")->text().startsWith("sim:")) << find<QLabel>("XComState")->text().toStdString();
+    EXPECT_TRUE(find<QLabel>("XComState")->text().startsWith("sim:"))
+        << find<QLabel>("XComState")->text().toStdString();
     EXPECT_EQ(find<QLineEdit>("TController")->text().toStdString(), st().MCTYPE);
     find<QAbstractButton>("BConnect")->click();
     EXPECT_FALSE(host->answeredBoxes.empty());  // the reset prompt was answered
@@ -163,7 +165,8 @@ TEST_F(Window, FeatureButtonsFollowTheKernel) {
     ASSERT_EQ(st().ConnectionState, 1);
     const Kernel& k = st().kernels[static_cast<size_t>(st().CurrentKernel)];
     bool program = false;
-    for (int i = 0; i < k.featureCount; ++i) program = program || k.features[static_cast<size_t>(i)].name == "PROGRAM";
+    for (int i = 0; i < k.featureCount; ++i)
+        program = program || k.features[static_cast<size_t>(i)].name == "PROGRAM";
     EXPECT_EQ(find<QAbstractButton>("BProgram")->isVisible(), program);
     st().userScripts[2].path = "/x/y.scm";
     st().userScripts[2].name = "Blink";

@@ -27,7 +27,7 @@ struct Image {
 };
 
 class TargetFixture : public ::testing::Test {
-protected:
+  protected:
     TargetFixture() {
         st.programFolder = "/nonexistent-home";
         auto b = std::make_unique<ScriptedBoard>();
@@ -117,7 +117,9 @@ protected:
     }
 
     std::string text() const { return st.terminalBuffer; }
-    bool logged(const std::string& s) const { return st.terminalBuffer.find(s) != std::string::npos; }
+    bool logged(const std::string& s) const {
+        return st.terminalBuffer.find(s) != std::string::npos;
+    }
 
     VirtualHost host;
     ProgramState st{host};

@@ -16,7 +16,7 @@
 namespace vortelm::testing {
 
 class VirtualHost : public Host {
-public:
+  public:
     void yield(std::optional<int64_t> untilUs = std::nullopt) override {
         ++yields;
         int64_t next = untilUs.value_or(now + 1000);
@@ -48,7 +48,8 @@ public:
         return answer;
     }
     // Answers in turn, then cancels.
-    std::optional<std::string> inputBox(std::string_view prompt, std::string_view, std::string_view) override {
+    std::optional<std::string> inputBox(std::string_view prompt, std::string_view,
+                                        std::string_view) override {
         inputPrompts.emplace_back(prompt);
         if (inputAnswers.empty()) return std::nullopt;
         auto a = inputAnswers.front();
@@ -57,7 +58,9 @@ public:
     }
     void setBusy(bool b) override { busy = b; }
     void refreshStatus() override { ++statusRefreshes; }
-    void progress(int64_t value, int64_t maximum) override { progressCalls.emplace_back(value, maximum); }
+    void progress(int64_t value, int64_t maximum) override {
+        progressCalls.emplace_back(value, maximum);
+    }
 
     struct Timer {
         int interval;
