@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/SimOpener.h"
+#include "bench/VirtualBoard.h"
 #include "config/Startup.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -33,41 +33,6 @@
 namespace {
 
 using namespace vortelm;
-
-class VirtualClockHost : public Host {
-  public:
-    int64_t nowUs() override {
-        if (++callsSinceYield > 2 && line != nullptr && !advancing) {
-            advancing = true;
-            if (auto t = line->nextEventUs(); t && *t > now) now = *t;
-            advancing = false;
-        }
-        return now;
-    }
-    void yield(std::optional<int64_t> untilUs) override {
-        callsSinceYield = 0;
-        if (!advancing) {
-            advancing = true;
-            std::optional<int64_t> next = untilUs;
-            for (EventSource* s : sources)
-                if (auto due = s->dueUs(); due && *due > now && (!next || *due < *next)) next = due;
-            if (next && *next > now) now = *next;
-            advancing = false;
-        }
-        for (EventSource* s : sources)
-            if (auto due = s->dueUs(); due && *due <= now) s->dispatch();
-    }
-    void addSource(EventSource& s) override { sources.push_back(&s); }
-    void removeSource(EventSource& s) override { std::erase(sources, &s); }
-
-    int64_t now = 0;
-    channel::ByteChannel* line = nullptr;
-
-  private:
-    bool advancing = false;
-    std::vector<EventSource*> sources;
-    int callsSinceYield = 0;
-};
 
 // Counts the bytes in each direction of the channel it wraps.
 class CountingChannel : public channel::ByteChannel {
@@ -118,19 +83,12 @@ int main(int argc, char** argv) {
     const int32_t bytes = kib * 1024;
     const int32_t base = 0x010000;  // the default controller's internal flash, all of it
     const int32_t baud = 115200;
-    VirtualClockHost virtualHost;
+    bench::VirtualClockHost virtualHost;
     Host realHost;
     Host& h = real ? realHost : virtualHost;
     auto now = [&]() { return real ? realHost.nowUs() : virtualHost.now; };
     ProgramState st(h);
-    st.programFolder = VORTELM_SOURCE_DATA_DIR;
-    ReadDataFiles(st);
-    ReadDefaultPreferences(st);
-    st.logEnabled = 0;
-    st.BAUDRATE = baud;
-    st.CHECKCONNECTION = 0;
-    st.portOverride = "sim:?pace=1&flashtime=real";
-    InitDumpMemory(st.dump);
+    bench::PrepareState(st, VORTELM_SOURCE_DATA_DIR, baud, "sim:?pace=1&flashtime=real");
     CountingChannel* counter = nullptr;
     link::ComPort port(st);
     apps::AddSimOpener(port.openers);

@@ -17,7 +17,7 @@
 
 #include <unistd.h>
 
-#include "apps/SimOpener.h"
+#include "bench/VirtualBoard.h"
 #include "config/Startup.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -34,45 +34,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace vortelm;
-
-class VirtualClockHost : public Host {
-  public:
-    int64_t nowUs() override {
-        // A caller that asks for the time over and over without yielding is
-        // spinning on the line: its time passes until the line's next event.
-        if (++callsSinceYield > 2 && line != nullptr && !advancing) {
-            advancing = true;
-            if (auto t = line->nextEventUs(); t && *t > now) now = *t;
-            advancing = false;
-        }
-        return now;
-    }
-    void yield(std::optional<int64_t> untilUs) override {
-        callsSinceYield = 0;
-        advanceToNextEvent(untilUs);
-        for (EventSource* s : sources)
-            if (auto due = s->dueUs(); due && *due <= now) s->dispatch();
-    }
-    void addSource(EventSource& s) override { sources.push_back(&s); }
-    void removeSource(EventSource& s) override { std::erase(sources, &s); }
-
-    int64_t now = 0;
-    channel::ByteChannel* line = nullptr;  // the board's line, for the spin
-
-  private:
-    void advanceToNextEvent(std::optional<int64_t> untilUs) {
-        if (advancing) return;
-        advancing = true;
-        std::optional<int64_t> next = untilUs;
-        for (EventSource* s : sources)
-            if (auto due = s->dueUs(); due && *due > now && (!next || *due < *next)) next = due;
-        if (next && *next > now) now = *next;
-        advancing = false;
-    }
-    bool advancing = false;
-    std::vector<EventSource*> sources;
-    int callsSinceYield = 0;
-};
 
 struct Figures {
     int exchanges = 0;
@@ -96,25 +57,12 @@ Result Run(const std::string& home, const std::vector<int32_t>& addresses) {
     std::ofstream(home + "/SFRDEF/BENCH.SFR") << text;
     fs::remove(home + "/SFRDEF/BENCH.sb");
 
-    VirtualClockHost host;
+    bench::VirtualClockHost host;
     ProgramState st(host);
-    st.programFolder = home;
-    ReadDataFiles(st);
-    ReadDefaultPreferences(st);
-    st.logEnabled = 0;
-    st.BAUDRATE = 115200;
-    st.CHECKCONNECTION = 0;
-    st.portOverride = "sim:?pace=1";
-    InitDumpMemory(st.dump);
+    bench::PrepareState(st, home, 115200, "sim:?pace=1");
     Result r;
     link::ComPort port(st);
-    apps::AddSimOpener(port.openers);
-    port.opener = [&st, &host, &port](std::string_view t, const channel::LineSettings& ls) {
-        return port.openers.open(t, ls, st.TIMEOUT, st.MCTYPE, [&host] { return host.now; });
-    };
-    port.get_preferences();
-    if (!port.isOpen()) return r;
-    host.line = port.channel();
+    if (!bench::OpenVirtualBoard(host, st, port)) return r;
     target::Target tgt(st, port,
                        [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
     if (target::connect(tgt, 0) != 0) return r;

@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/SimOpener.h"
+#include "bench/VirtualBoard.h"
 #include "config/Startup.h"
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -38,45 +38,6 @@ namespace {
 
 using namespace vortelm;
 
-class VirtualClockHost : public Host {
-  public:
-    int64_t nowUs() override {
-        // A caller that asks for the time over and over without yielding is
-        // spinning on the line: its time passes until the line's next event.
-        if (++callsSinceYield > 2 && line != nullptr && !advancing) {
-            advancing = true;
-            if (auto t = line->nextEventUs(); t && *t > now) now = *t;
-            advancing = false;
-        }
-        return now;
-    }
-    void yield(std::optional<int64_t> untilUs) override {
-        callsSinceYield = 0;
-        advanceToNextEvent(untilUs);
-        for (EventSource* s : sources)
-            if (auto due = s->dueUs(); due && *due <= now) s->dispatch();
-    }
-    void addSource(EventSource& s) override { sources.push_back(&s); }
-    void removeSource(EventSource& s) override { std::erase(sources, &s); }
-
-    int64_t now = 0;
-    channel::ByteChannel* line = nullptr;  // the board's line, for the spin
-
-  private:
-    void advanceToNextEvent(std::optional<int64_t> untilUs) {
-        if (advancing) return;
-        advancing = true;
-        std::optional<int64_t> next = untilUs;
-        for (EventSource* s : sources)
-            if (auto due = s->dueUs(); due && *due > now && (!next || *due < *next)) next = due;
-        if (next && *next > now) now = *next;
-        advancing = false;
-    }
-    bool advancing = false;
-    std::vector<EventSource*> sources;
-    int callsSinceYield = 0;
-};
-
 struct Figures {
     double downloadSeconds = 0;
     double uploadSeconds = 0;
@@ -84,28 +45,14 @@ struct Figures {
 };
 
 Figures Run(int32_t baud, int latencyMs, int32_t bytes) {
-    VirtualClockHost host;
+    bench::VirtualClockHost host;
     ProgramState st(host);
-    st.programFolder = VORTELM_SOURCE_DATA_DIR;
-    ReadDataFiles(st);
-    ReadDefaultPreferences(st);
-    st.logEnabled = 0;
-    st.BAUDRATE = baud;
-    st.CHECKCONNECTION = 0;
-    st.portOverride = "sim:?pace=1&latency=" + std::to_string(latencyMs);
-    InitDumpMemory(st.dump);
+    bench::PrepareState(st, VORTELM_SOURCE_DATA_DIR, baud,
+                        "sim:?pace=1&latency=" + std::to_string(latencyMs));
     Figures f;
     {
         link::ComPort port(st);
-        // The board reads the clock as it is; only the host's own readings
-        // tell a spin.
-        apps::AddSimOpener(port.openers);
-        port.opener = [&st, &host, &port](std::string_view text, const channel::LineSettings& ls) {
-            return port.openers.open(text, ls, st.TIMEOUT, st.MCTYPE, [&host] { return host.now; });
-        };
-        port.get_preferences();  // takes the settings text of BAUDRATE and opens
-        if (!port.isOpen()) return f;
-        host.line = port.channel();
+        if (!bench::OpenVirtualBoard(host, st, port)) return f;
         target::Target tgt(st, port,
                            [](ProgramState& s, const std::string& name) { ReadHexFile(s, name); });
         if (target::connect(tgt, 0) != 0) return f;
@@ -185,13 +132,7 @@ Figures RunOnPty(const std::string& sim, int32_t baud, int32_t bytes, double& cp
     if (board.path.empty()) return f;
     Host host;  // the real poll() loop
     ProgramState st(host);
-    st.programFolder = VORTELM_SOURCE_DATA_DIR;
-    ReadDataFiles(st);
-    ReadDefaultPreferences(st);
-    st.logEnabled = 0;
-    st.BAUDRATE = baud;
-    st.portOverride = board.path;
-    InitDumpMemory(st.dump);
+    bench::PrepareState(st, VORTELM_SOURCE_DATA_DIR, baud, board.path);
     link::ComPort port(st);
     port.get_preferences();
     if (!port.isOpen()) return f;
