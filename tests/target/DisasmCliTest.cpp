@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "CliHome.h"
+
 #include "config/DataHome.h"
 
 #include <array>
@@ -38,36 +40,10 @@ std::string Record(int address, const std::vector<int>& bytes) {
     return s.str();
 }
 
-class DisasmCli : public ::testing::Test {
+// A fresh data home; the lines run against the in-process board.
+class DisasmCli : public vortelm::testing::CliHome {
   protected:
-    void SetUp() override {
-        home = fs::temp_directory_path() /
-               ("vortelm-disasm-cli-" + std::to_string(::getpid()) + "-" +
-                ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(home);
-        fs::create_directories(home);
-        fs::copy(fs::path(VORTELM_SOURCE_DIR) / "data", home, fs::copy_options::recursive);
-    }
-    void TearDown() override { fs::remove_all(home); }
-
-    std::string run(const std::string& lines) {
-        const fs::path in = home / "input.txt";
-        std::ofstream(in) << lines;
-        const std::string cmd = std::string(VORTELM_BINARY_DIR) +
-                                "/apps/vortelm-cli/vortelm-cli --home '" + home.string() +
-                                "' --port 'sim:' < '" + in.string() + "' 2>&1";
-        std::string out;
-        if (FILE* p = ::popen(cmd.c_str(), "r")) {
-            std::array<char, 4096> buf{};
-            size_t n = 0;
-            while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
-            status = ::pclose(p);
-        }
-        return out;
-    }
-
-    fs::path home;
-    int status = -1;
+    std::string run(const std::string& lines) { return CliHome::run("sim:", lines); }
 };
 
 // The routine at FA00 in the default controller's RAM.
