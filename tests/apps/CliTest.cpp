@@ -122,21 +122,6 @@ TEST_F(Cli, TextWithoutAPort) {
     EXPECT_EQ(status, 1);
 }
 
-TEST_F(Cli, PendingRowSaysSo) {
-    // The first row of the table whose operation is not in this build.
-    vortelm::shell::ShellTable table;
-    vortelm::shell::BuildShellCommandTable(table);
-    std::string name;
-    for (int i = 0; i < table.shellCommandCount && name.empty(); ++i)
-        if (table.shellCommands[i].maxParameters == 0 &&
-            vortelm::shell::FindRow(table.shellCommands[i].name) == nullptr)
-            name = table.shellCommands[i].name;
-    if (name.empty()) GTEST_SKIP() << "every row without arguments is in the build";
-    Run(name + "\n");
-    EXPECT_EQ(out, ">" + name + "\n*ERROR: Command not available in this build\n");
-    EXPECT_EQ(status, 1);
-}
-
 TEST_F(Cli, MissingScriptWordShowsTheBoxOnStandardError) {
     Run("_test\n", "nothere.scm");
     EXPECT_EQ(err, "Illegal startup parameters\n");
