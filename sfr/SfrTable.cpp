@@ -54,15 +54,6 @@ int32_t ValOf(std::string_view text) {
     return static_cast<int32_t>(v);
 }
 
-bool SameUpper(std::string_view stored, std::string_view wanted) {
-    if (stored.size() != wanted.size()) return false;
-    for (size_t i = 0; i < stored.size(); ++i)
-        if (std::toupper(static_cast<unsigned char>(stored[i])) !=
-            std::toupper(static_cast<unsigned char>(wanted[i])))
-            return false;
-    return true;
-}
-
 // The loader: the table and, while it is unsorted, the first index of each
 // name (what the linear lookup finds).
 //
@@ -506,7 +497,7 @@ int32_t SearchedCount(const ProgramState& st) {
 
 int32_t SfrIndexByName(const ProgramState& st, std::string_view name) {
     for (int32_t i = 0; i < SearchedCount(st); ++i)
-        if (SameUpper(st.sfrTable[static_cast<size_t>(i)].name, name)) return i;
+        if (EqualUpper(st.sfrTable[static_cast<size_t>(i)].name, name)) return i;
     return -1;
 }
 
