@@ -237,6 +237,30 @@ TEST_F(Configure, UnitFormAddsRegionsActivatesAndFeaturesAndOkStoresTheWholeUnit
     EXPECT_EQ(st().memoryUnitCount, unit);
 }
 
+TEST_F(Configure, FieldsTypedBeforeAListChangeStay) {
+    FConfigure f(st());
+    f.get_preferences();
+    FMemory m(st(), f.BMemoryAdd());
+    m.GetMemUnit();
+    m.TName = "EXTRA";
+    m.DType = "XRAM";
+    m.TBlank = "A5";
+    EXPECT_EQ(m.AddRegion("10000", "100", "", "", ""), "");
+    EXPECT_EQ(m.TName, "EXTRA");
+    EXPECT_EQ(m.DType, "XRAM");
+    EXPECT_EQ(m.TBlank, "A5");
+    m.TName = "OTHER";
+    m.AddFeature("ERASE");
+    EXPECT_EQ(m.TName, "OTHER");
+    m.TBurstsize = "0020";
+    m.RemoveFeature(0);
+    EXPECT_EQ(m.TBurstsize, "0020");
+    // A blank that fails its check keeps the last good one.
+    m.TBlank = "X";
+    EXPECT_EQ(m.AddActivate("FF00", "1"), "");
+    EXPECT_EQ(m.TBlank, "A5");
+}
+
 TEST_F(Configure, KernelListRemoveAndEditRules) {
     FKernel k(st());
     k.RefreshKernelList();
