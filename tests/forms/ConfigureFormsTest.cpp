@@ -6,14 +6,18 @@
 #include <fstream>
 #include <sstream>
 
+#include "apps/SimOpener.h"
 #include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/TestHost.h"
 #include "forms/FConfigure.h"
 #include "forms/FKernel.h"
 #include "forms/FMemory.h"
+#include "link/ComPort.h"
 #include "sfr/SfrTable.h"
 #include "shell/Program.h"
+#include "shell/Session.h"
+#include "target/Target.h"
 
 namespace vortelm::forms {
 namespace {
@@ -29,6 +33,7 @@ struct Configure : ::testing::Test {
         shell::ProgramOptions o;
         o.home = home + "/home";
         o.portOverride = "sim:";
+        apps::AddSimOpener(o.openers);
         program = std::make_unique<shell::Program>(host, o);
         program->StartUp();
         host.boxes.clear();
@@ -235,6 +240,33 @@ TEST_F(Configure, UnitFormAddsRegionsActivatesAndFeaturesAndOkStoresTheWholeUnit
     EXPECT_EQ(u.sections[0].ranges[0].mappedNow, kFalse);
     f.BMemoryRemove(line);
     EXPECT_EQ(st().memoryUnitCount, unit);
+}
+
+TEST_F(Configure, ANewControllerTypeClosesThePortAndTheNextConnectMeetsTheNewBoard) {
+    target::Target& t = *program->session().target;
+    ASSERT_EQ(program->RunCommandBoxLine("_connect NOPROMPT"), 0) << host.terminal;
+    ASSERT_EQ(st().ConnectionState, kConnectedAndReady);
+    // OK without a change leaves the connection alone.
+    FConfigure f(st());
+    f.initialize();
+    f.get_preferences();
+    f.BOk();
+    DisconnectAfterControllerChange(t, "ALD7RK_BB", st().CLK);
+    EXPECT_EQ(st().ConnectionState, kConnectedAndReady);
+    EXPECT_TRUE(t.port.isOpen());
+
+    answer({MsgAnswer::Yes, MsgAnswer::Yes, MsgAnswer::Yes});
+    f.DMCType_Click("ZT7000_BB");
+    f.BOk();
+    DisconnectAfterControllerChange(t, "ALD7RK_BB", st().CLK);
+    EXPECT_EQ(st().ConnectionState, kNotConnected);
+    EXPECT_FALSE(t.port.isOpen());
+    EXPECT_NE(host.terminal.find("*disconnect: vortelm disconnected - comm port available"),
+              std::string::npos);
+    host.terminal.clear();
+    ASSERT_EQ(program->RunCommandBoxLine("_connect NOPROMPT"), 0) << host.terminal;
+    EXPECT_EQ(st().ConnectionState, kConnectedAndReady);
+    EXPECT_EQ(host.terminal.find("*ERROR"), std::string::npos) << host.terminal;
 }
 
 TEST_F(Configure, FieldsTypedBeforeAListChangeStay) {
