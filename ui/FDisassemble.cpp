@@ -131,6 +131,13 @@ void FDisassemble::closeEvent(QCloseEvent* event) {
     QDialog::closeEvent(event);
 }
 
+void FDisassemble::reject() {
+    // Esc hides a dialog without a close event: the breakpoints come out of
+    // the code here too, or the patches would stay in target memory.
+    logic_->Form_Unload();
+    QDialog::reject();
+}
+
 bool FDisassemble::eventFilter(QObject* watched, QEvent* event) {
     // Ctrl + C belongs to the list here, not to the main window's copy entry.
     if (watched == code_ && event->type() == QEvent::ShortcutOverride) {
