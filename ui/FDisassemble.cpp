@@ -9,6 +9,8 @@
 #include <QScrollBar>
 #include <QVBoxLayout>
 
+#include "ui/Scaling.h"
+
 namespace vortelm::ui {
 
 namespace {
@@ -79,6 +81,7 @@ FDisassemble::FDisassemble(ProgramState& st, link::ComPort& port, QWidget* paren
         show();
         raise();
     };
+    ScaleNewForm(this);
 }
 
 FDisassemble::~FDisassemble() {

@@ -35,17 +35,25 @@ int ScaledLength(int length, double factor, int unset) {
 // One window and its controls: explicit fonts, fixed and least sizes.
 // Controls without such properties are left as they are.
 void ScaleTree(QWidget* form, double x, double y) {
+    // A window not yet shown and never sized takes its size from its layout
+    // when it shows: only a size that is already there is scaled.
+    const QSize size = form->size();
+    const bool sized = form->isVisible() || form->testAttribute(Qt::WA_Resized);
     QList<QWidget*> widgets = form->findChildren<QWidget*>();
     widgets.prepend(form);
     for (QWidget* w : widgets) {
-        if (w->testAttribute(Qt::WA_SetFont)) w->setFont(Scaled(w->font(), y));
+        // A font that sets its own size is scaled here; one that sets only
+        // its family or weight takes its size from the application's font,
+        // which is scaled already.
+        if (w->testAttribute(Qt::WA_SetFont) && (w->font().resolveMask() & QFont::SizeResolved))
+            w->setFont(Scaled(w->font(), y));
         const QSize min = w->minimumSize();
         const QSize max = w->maximumSize();
         w->setMinimumSize(ScaledLength(min.width(), x, 0), ScaledLength(min.height(), y, 0));
         w->setMaximumSize(ScaledLength(max.width(), x, QWIDGETSIZE_MAX),
                           ScaledLength(max.height(), y, QWIDGETSIZE_MAX));
     }
-    form->resize(ScaledLength(form->width(), x, 0), ScaledLength(form->height(), y, 0));
+    if (sized) form->resize(ScaledLength(size.width(), x, 0), ScaledLength(size.height(), y, 0));
 }
 
 }  // namespace
