@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "config/Kernels.h"
+#include "link/Monitor.h"
 #include "tests/ui/ModalDialogs.h"
 #include "tests/ui/UiFixture.h"
 #include "ui/FConfigure.h"
@@ -92,6 +93,63 @@ TEST_F(ConfigureDialog, ClockAndEinitAreStoredOnOkAndNotOnCancel) {
     d.findChild<QAbstractButton*>("BOk")->click();
     EXPECT_EQ(st().CLK, 12345678);
     EXPECT_EQ(st().EINIT, 1);
+}
+
+TEST_F(ConfigureDialog, RegisterRowsReachTheConnectAndAFreshStartGivesTheSameState) {
+    {
+        ui::FConfigure d(st(), window.get());
+        auto* name = d.findChild<QComboBox*>("TReg0");
+        ASSERT_NE(name, nullptr);
+        ASSERT_GE(name->findText("ADDRSEL3"), 0);
+        name->setCurrentText("ADDRSEL3");
+        d.findChild<QLineEdit*>("TRegValue0")->setText("0020");
+        d.findChild<QCheckBox*>("OReg0")->setChecked(true);
+        d.findChild<QCheckBox*>("CGEN1")->setChecked(true);
+        d.findChild<QLineEdit*>("TGENADDR1")->setText("00FE1A");
+        d.findChild<QLineEdit*>("TGENDATA1")->setText("0300");
+        d.findChild<QLineEdit*>("TClk")->setText("16000000");
+        d.findChild<QAbstractButton*>("BOk")->click();
+    }
+    ASSERT_EQ(st().initRegisterCount, 2);
+    window->doConnect();
+    ASSERT_EQ(st().ConnectionState, kConnectedAndReady) << st().terminalBuffer;
+    EXPECT_TRUE(logged("*Initialisation: Write to ADDRSEL3")) << st().terminalBuffer;
+    EXPECT_TRUE(logged("*Initialisation: Write to GENERIC2")) << st().terminalBuffer;
+    {
+        link::Monitor mon(st(), program->port());
+        ASSERT_EQ(mon.Cmd_Read(0xFE1A, 4), 0);
+        EXPECT_EQ(ReadDumpByte(st().dump, 0xFE1C), 0x20);  // ADDRSEL3
+        EXPECT_EQ(ReadDumpByte(st().dump, 0xFE1B), 0x03);  // the generic row's word
+    }
+
+    // The dialog opened again shows the rows as they were stored.
+    {
+        ui::FConfigure d(st(), window.get());
+        EXPECT_EQ(d.findChild<QComboBox*>("TReg0")->currentText(), "ADDRSEL3");
+        EXPECT_TRUE(d.findChild<QCheckBox*>("OReg0")->isChecked());
+        EXPECT_TRUE(d.findChild<QCheckBox*>("CGEN1")->isChecked());
+        EXPECT_EQ(d.findChild<QLineEdit*>("TGENADDR1")->text(), "00FE1A");
+        EXPECT_FALSE(d.findChild<QCheckBox*>("CGEN0")->isChecked());
+    }
+
+    shell::ProgramOptions o;
+    o.home = home + "/home";
+    o.portOverride = "sim:";
+    ui::QtHost nextHost;
+    nextHost.setAnswerBoxes(true);
+    shell::Program next(nextHost, o);
+    next.StartUp();
+    const ProgramState& again = next.state();
+    EXPECT_EQ(again.MCTYPE, st().MCTYPE);
+    EXPECT_EQ(again.CLK, 16000000);
+    EXPECT_EQ(again.EINIT, st().EINIT);
+    ASSERT_EQ(again.initRegisterCount, st().initRegisterCount);
+    for (int i = 0; i < again.initRegisterCount; ++i) {
+        const auto n = static_cast<size_t>(i);
+        EXPECT_EQ(again.initRegisters[n].name, st().initRegisters[n].name);
+        EXPECT_EQ(again.initRegisters[n].address, st().initRegisters[n].address);
+        EXPECT_EQ(again.initRegisters[n].value, st().initRegisters[n].value);
+    }
 }
 
 TEST_F(ConfigureDialog, ANewKernelAddedThroughTheDialogsAppearsInTheKernelFileAndCanBeChosen) {
