@@ -111,5 +111,25 @@ TEST_F(ScaledNewForms, EveryDialogMadeAtScale200IsTwiceItsSizeAt100) {
     }
 }
 
+TEST_F(ScaledNewForms, OpenWindowsGrowByTheFactorAndBackAgain) {
+    find<QAction>("UViewDisassemble")->trigger();
+    QWidget* debug = window->disassembleWindow();
+    ASSERT_NE(debug, nullptr);
+    const Measures main100 = Measure(window.get());
+    const Measures debug100 = Measure(debug);
+    const QSize size = window->size();
+    ui::ScaleForms(2.0, 2.0);
+    QApplication::processEvents();
+    ExpectTwice(main100, Measure(window.get()), "FVortElm");
+    ExpectTwice(debug100, Measure(debug), "FDisassemble");
+    ui::ScaleForms(0.5, 0.5);
+    QApplication::processEvents();
+    const Measures main100Again = Measure(window.get());
+    EXPECT_EQ(main100Again.fonts, main100.fonts);
+    EXPECT_EQ(main100Again.lengths, main100.lengths);
+    EXPECT_NEAR(window->width(), size.width(), 2);
+    EXPECT_NEAR(window->height(), size.height(), 2);
+}
+
 }  // namespace
 }  // namespace vortelm::testing
