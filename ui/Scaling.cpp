@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QToolBar>
 #include <QVariant>
 #include <QWidget>
 
@@ -63,6 +64,12 @@ void ScaleTree(QWidget* form, double x, double y) {
     for (auto& [w, font] : sizedFonts)
         if (TextSize(w->font()) != TextSize(font)) w->setFont(font);
     for (QWidget* w : widgets) {
+        // The pictures of a tool bar grow with their captions.
+        if (auto* bar = qobject_cast<QToolBar*>(w)) {
+            const QSize icon = bar->iconSize();
+            bar->setIconSize(
+                QSize(ScaledLength(icon.width(), x, 0), ScaledLength(icon.height(), y, 0)));
+        }
         const QSize min = w->minimumSize();
         const QSize max = w->maximumSize();
         w->setMinimumSize(ScaledLength(min.width(), x, 0), ScaledLength(min.height(), y, 0));

@@ -3,6 +3,7 @@
 // at 200 as at 100, and nothing is cut off.
 
 #include <QDialog>
+#include <QToolBar>
 
 #include <cmath>
 #include <functional>
@@ -118,15 +119,20 @@ TEST_F(ScaledNewForms, OpenWindowsGrowByTheFactorAndBackAgain) {
     const Measures main100 = Measure(window.get());
     const Measures debug100 = Measure(debug);
     const QSize size = window->size();
+    auto* tools = find<QToolBar>("XToolbar");
+    ASSERT_NE(tools, nullptr);
+    const QSize icons = tools->iconSize();
     ui::ScaleForms(2.0, 2.0);
     QApplication::processEvents();
     ExpectTwice(main100, Measure(window.get()), "FVortElm");
+    EXPECT_EQ(tools->iconSize(), icons * 2);
     ExpectTwice(debug100, Measure(debug), "FDisassemble");
     ui::ScaleForms(0.5, 0.5);
     QApplication::processEvents();
     const Measures main100Again = Measure(window.get());
     EXPECT_EQ(main100Again.fonts, main100.fonts);
     EXPECT_EQ(main100Again.lengths, main100.lengths);
+    EXPECT_EQ(tools->iconSize(), icons);
     EXPECT_NEAR(window->width(), size.width(), 2);
     EXPECT_NEAR(window->height(), size.height(), 2);
 }
