@@ -66,9 +66,11 @@ ui::FDisassemble* OpenOnRoutine(ProgramState& st, ui::FVortElm& window) {
     auto* box = window.findChild<QComboBox*>("TCommand");
     EXPECT_NE(box, nullptr);
     if (!box) return nullptr;
-    Enter(box, "_connect NOPROMPT");
+    // Connect and Download are the tool bar's buttons; the file comes in
+    // through the command box.
+    QTest::mouseClick(window.findChild<QAbstractButton*>("BConnect"), Qt::LeftButton);
     Enter(box, "_load r.hex");
-    Enter(box, "_download");
+    QTest::mouseClick(window.findChild<QAbstractButton*>("BDownload"), Qt::LeftButton);
     EXPECT_EQ(st.ConnectionState, 1) << st.terminalBuffer;
     QTest::mouseClick(window.findChild<QAbstractButton*>("BDebug"), Qt::LeftButton);
     return window.disassembleWindow();
