@@ -221,5 +221,57 @@ TEST_F(MemoryDialog, EditingAUnitAndCancellingKeepsTheTable) {
     EXPECT_NE(FileText(home + "/home/default.ini").find("NAME=BIGRAM\n"), std::string::npos);
 }
 
+// A field that fails its check says so when the operator leaves it.
+void ExpectMessageOnLeaving(QWidget* dialog, const char* field, const char* text,
+                            const std::string& message, ui::QtHost& host) {
+    auto* e = Child<QLineEdit>(dialog, field);
+    ASSERT_NE(e, nullptr);
+    host.answeredBoxes.clear();
+    e->setFocus();
+    e->setText(QString::fromUtf8(text));
+    QTest::keyClick(e, Qt::Key_Return);
+    ASSERT_FALSE(host.answeredBoxes.empty()) << field;
+    EXPECT_EQ(host.answeredBoxes.back(), message) << field;
+}
+
+TEST_F(MemoryDialog, FieldsCheckThemselvesWithTheirMessages) {
+    ui::FConfigure d(st(), window.get());
+    d.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&d));
+    ExpectMessageOnLeaving(&d, "TClk", "abc", "No valid decimal Number", *host);
+    ExpectMessageOnLeaving(&d, "TRegValue0", "XYZ", "No valid hexadecimal digit !", *host);
+    ExpectMessageOnLeaving(&d, "TGENADDR0", "G", "No hexadecimal digit !", *host);
+    ExpectMessageOnLeaving(&d, "TGENDATA1", "-", "No hexadecimal digit !", *host);
+    auto* list = Child<QListWidget>(&d, "IMemoryList");
+    list->setCurrentRow(0);
+    WhenModal("FMemory", [this](QDialog* m) {
+        ExpectMessageOnLeaving(m, "TBlank", "F", "No 2 digit hexadezimal value !", *host);
+        ExpectMessageOnLeaving(m, "TBurstsize", "zz", "No hexadezimal value !", *host);
+        ExpectMessageOnLeaving(m, "TDriverPath", "NOSUCH.HEX", "File does not exist !", *host);
+        WhenModal("FMemoryRegions", [this](QDialog* r) {
+            Type(r, "TStart", "G0");
+            Type(r, "TLength", "100");
+            host->answeredBoxes.clear();
+            Click(r, "BOk");
+            EXPECT_EQ(lastBox(), "No hexadezimal Number");
+            EXPECT_TRUE(r->isVisible());
+            Click(r, "BCancel");
+        });
+        Click(m, "BAddRegion");
+        WhenModal("FMemoryActivate", [this](QDialog* a) {
+            Type(a, "TRegister", "ADDRSEL3");
+            Type(a, "TMask", "Q");
+            host->answeredBoxes.clear();
+            Click(a, "BOk");
+            EXPECT_EQ(lastBox(), "No hexadezimal Number");
+            Click(a, "BCancel");
+        });
+        Click(m, "BAddActivate");
+        Click(m, "BCancel");
+    });
+    Click(&d, "BMemoryEdit");
+    Click(&d, "BCancel");
+}
+
 }  // namespace
 }  // namespace vortelm::testing
