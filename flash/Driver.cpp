@@ -25,19 +25,6 @@ int CheckConnectedWithDriverFeatures(ProgramState& st) {
     return target::CheckPreconditions(st, "WRITEBLOCK");
 }
 
-Busy::Busy(ProgramState& st) : st_(st) {
-    on();
-}
-Busy::~Busy() {
-    off();
-}
-void Busy::on() {
-    st_.host->setBusy(true);
-}
-void Busy::off() {
-    st_.host->setBusy(false);
-}
-
 int EnsureDriver(target::Target& t, Busy& busy, std::string_view operationName, int unit) {
     if (UnitOf(t.st, unit).driverLoaded == kTrue) return 0;
     const int r = LoadDriver(t, operationName, unit);
