@@ -1,5 +1,6 @@
 #include <array>
 
+#include "core/BusyScope.h"
 #include "core/Helpers.h"
 #include "core/Host.h"
 #include "core/RunTimeError.h"
@@ -53,7 +54,7 @@ int WalkBursts(const SelectionList& sel, int first, int last, Fn transfer) {
 int download(Target& t) {
     ProgramState& st = t.st;
     if (int r = CheckPreconditions(st, "WRITEBLOCK"); r != 0) return r;
-    st.host->setBusy(true);
+    BusyScope busy(st);
     link::Monitor mon(st, t.port);
     const auto& sel = st.selections;
     const int64_t all = SelectedBytes(sel, 0, sel.count - 1);
@@ -68,11 +69,9 @@ int download(Target& t) {
     st.host->progress(0, 0);
     if (r != 0) {
         Text2Buffer(st, "\r\n*ERROR: download not successful");
-        st.host->setBusy(false);
         return -1;
     }
     st.host->refreshMemory();
-    st.host->setBusy(false);
     return 0;
 }
 
@@ -86,7 +85,7 @@ int upload(Target& t, int32_t selectionIndex) {
         if (selectionIndex < 0 || selectionIndex >= sel.count) return 0;
         first = last = selectionIndex;
     }
-    st.host->setBusy(true);
+    BusyScope busy(st);
     link::Monitor mon(st, t.port);
     const int64_t all = SelectedBytes(sel, first, last);
     int64_t total = 0;
@@ -100,11 +99,9 @@ int upload(Target& t, int32_t selectionIndex) {
     st.host->progress(0, 0);
     if (r != 0) {
         Text2Buffer(st, "\r\n*ERROR: no data received");
-        st.host->setBusy(false);
         return -1;
     }
     st.host->refreshMemory();
-    st.host->setBusy(false);
     return 0;
 }
 
