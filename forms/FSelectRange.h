@@ -32,6 +32,7 @@ class FSelectRange {
     // when the form closes (an end beyond FFFFFF keeps it open).
     [[nodiscard]] bool BOk_Click();
     void BCancel_Click() {}
+    [[nodiscard]] ProgramState& st() { return st_; }
 
   private:
     bool check(std::string& box, const std::string& text);

@@ -76,6 +76,7 @@ class FileBrowser {
     // The name box joined to the folder; an absolute name stands alone.
     [[nodiscard]] std::string ChosenPath() const;
     [[nodiscard]] std::string ChosenPath(const std::string& name) const;
+    [[nodiscard]] ProgramState& st() { return st_; }
 
   protected:
     ProgramState& st_;

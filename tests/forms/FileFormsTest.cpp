@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -18,6 +19,7 @@
 #include "forms/FFileSave.h"
 #include "forms/FSaveAs.h"
 #include "forms/FSelectRange.h"
+#include "forms/RecentFiles.h"
 #include "forms/UserScripts.h"
 #include "image/Dump.h"
 #include "image/HexFile.h"
@@ -540,6 +542,34 @@ TEST_F(FileForms, AHeadingTakenGoesAsItStandsAndClearsTheInfo) {
             EXPECT_EQ(indexOf(f.LCommands, r.name), -1) << r.name;
         }
     }
+}
+
+}  // namespace
+}  // namespace vortelm::forms
+
+namespace vortelm::forms {
+namespace {
+
+TEST(RecentFilesList, NewestFirstEachOnceAndAtMostEight) {
+    RecentFiles r;
+    for (int i = 0; i < 10; ++i) r.add("/f" + std::to_string(i) + ".hex");
+    ASSERT_EQ(r.items().size(), RecentFiles::kCount);
+    EXPECT_EQ(r.items().front(), "/f9.hex");
+    EXPECT_EQ(r.items().back(), "/f2.hex");
+    r.add("/f5.hex");
+    EXPECT_EQ(r.items().front(), "/f5.hex");
+    EXPECT_EQ(std::count(r.items().begin(), r.items().end(), "/f5.hex"), 1);
+    EXPECT_EQ(r.items().size(), RecentFiles::kCount);
+    r.add("");
+    EXPECT_EQ(r.items().front(), "/f5.hex");
+}
+
+TEST(ImageKinds, ByTheNameOfTheFile) {
+    EXPECT_EQ(ImageKindOf("/a/B.HEX"), ImageKind::Hex);
+    EXPECT_EQ(ImageKindOf("x.h86"), ImageKind::Hex);
+    EXPECT_EQ(ImageKindOf("x.S19"), ImageKind::SRecord);
+    EXPECT_EQ(ImageKindOf("x.sre"), ImageKind::SRecord);
+    EXPECT_EQ(ImageKindOf("x.bin"), ImageKind::Binary);
 }
 
 }  // namespace
