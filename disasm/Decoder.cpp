@@ -272,10 +272,11 @@ class Line {
         return *this;
     }
     Line& cc(int32_t x) {
-        if (x >= 0 && x < 16)
-            text += kConditions[static_cast<size_t>(x)];
-        else
+        const std::string_view t = ConditionText(x);  // the first spelling
+        if (t.empty())
             bad = true;
+        else
+            text += t;
         return *this;
     }
     Line& target(int32_t x, int32_t n) { return hexh(address_ + 2 * Rel(x) + n, 4); }
@@ -330,52 +331,9 @@ void Sequence(uint8_t op, const Fields& f, InstructionTable& t, Line& line) {
     if (t0 >= 2) t.extrCount = counter;
 }
 
-}  // namespace
-
-std::string_view ConditionText(int code, bool secondSpelling) {
-    if (code < 0 || code > 15) return {};
-    if (secondSpelling) {
-        switch (code) {
-            case 2:
-                return "cc_EQ";
-            case 3:
-                return "cc_NE";
-            case 8:
-                return "cc_ULT";
-            case 9:
-                return "cc_UGE";
-            default:
-                break;
-        }
-    }
-    return kConditions[static_cast<size_t>(code)];
-}
-
-void ResetSequenceCounters(InstructionTable& table) {
-    table.extrCount = 0;
-    table.extpCount = 0;
-    table.extsCount = 0;
-}
-
-int16_t InstructionLength(const InstructionTable& table, uint8_t firstByte) {
-    return table.rows[firstByte].byteLength;
-}
-
-std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t address,
-                        const ByteSource& bytes) {
-    // 1. The counters count down the instructions of a sequence.
-    if (t.extrCount > 0) --t.extrCount;
-    if (t.extpCount > 0) --t.extpCount;
-    if (t.extsCount > 0) --t.extsCount;
-
-    // 2. The first byte's row.
-    const uint8_t op = bytes(address);
-    const InstructionRecord& rec = t.rows[op];
-    const Syntax syntax = kSyntax.of[op];
-    if (rec.mnemonic.empty() || syntax == Syntax::Illegal) return kIllegalInstruction;
-
-    // 3. and 4. The bit stream (at most 64 bits, first byte highest),
-    // walked field by field.
+// The bit stream of an instruction (at most 64 bits, first byte highest),
+// walked field by field into the T, Q, B and W fields.
+Fields SplitFields(const InstructionRecord& rec, int32_t address, const ByteSource& bytes) {
     const int length = rec.byteLength < 0 ? 0 : (rec.byteLength > 8 ? 8 : rec.byteLength);
     uint64_t stream = 0;
     for (int i = 0; i < 8; ++i) stream = (stream << 8) | (i < length ? bytes(address + i) : 0u);
@@ -415,11 +373,13 @@ std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t add
         pos += width;
         if (*n < into->size()) (*into)[(*n)++] = v;
     }
+    return f;
+}
 
-    // 5. The mnemonic, then 6. the operands of the first byte's syntax.
-    Line o(st, t, address);
-    o.s(rec.mnemonic);
-    if (o.text.size() < 8) o.text.append(8 - o.text.size(), ' ');
+// The operands of a syntax after the mnemonic; false when the bytes are no
+// instruction at all (a broken complement check, an illegal syntax).
+bool WriteOperands(Syntax syntax, uint8_t op, const Fields& f, int32_t address,
+                   const ByteSource& bytes, InstructionTable& t, Line& o) {
     const auto& Q = f.Q;
     const auto& B = f.B;
     const int32_t W0 = f.W[0];
@@ -431,7 +391,7 @@ std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t add
             const uint8_t inverse = static_cast<uint8_t>(~op);
             if (bytes(address + 1) != inverse || bytes(address + 2) != op ||
                 bytes(address + 3) != op)
-                return kIllegalInstruction;
+                return false;
             break;
         }
         case S::RwQ0:
@@ -585,8 +545,63 @@ std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t add
             Sequence(op, f, t, o);
             break;
         case S::Illegal:
-            return kIllegalInstruction;
+            return false;
     }
+    return true;
+}
+
+}  // namespace
+
+std::string_view ConditionText(int code, bool secondSpelling) {
+    if (code < 0 || code > 15) return {};
+    if (secondSpelling) {
+        switch (code) {
+            case 2:
+                return "cc_EQ";
+            case 3:
+                return "cc_NE";
+            case 8:
+                return "cc_ULT";
+            case 9:
+                return "cc_UGE";
+            default:
+                break;
+        }
+    }
+    return kConditions[static_cast<size_t>(code)];
+}
+
+void ResetSequenceCounters(InstructionTable& table) {
+    table.extrCount = 0;
+    table.extpCount = 0;
+    table.extsCount = 0;
+}
+
+int16_t InstructionLength(const InstructionTable& table, uint8_t firstByte) {
+    return table.rows[firstByte].byteLength;
+}
+
+std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t address,
+                        const ByteSource& bytes) {
+    // 1. The counters count down the instructions of a sequence.
+    if (t.extrCount > 0) --t.extrCount;
+    if (t.extpCount > 0) --t.extpCount;
+    if (t.extsCount > 0) --t.extsCount;
+
+    // 2. The first byte's row.
+    const uint8_t op = bytes(address);
+    const InstructionRecord& rec = t.rows[op];
+    const Syntax syntax = kSyntax.of[op];
+    if (rec.mnemonic.empty() || syntax == Syntax::Illegal) return kIllegalInstruction;
+
+    // 3. and 4. The fields of the bit stream.
+    const Fields f = SplitFields(rec, address, bytes);
+
+    // 5. The mnemonic, then 6. the operands of the first byte's syntax.
+    Line o(st, t, address);
+    o.s(rec.mnemonic);
+    if (o.text.size() < 8) o.text.append(8 - o.text.size(), ' ');
+    if (!WriteOperands(syntax, op, f, address, bytes, t, o)) return kIllegalInstruction;
     if (o.bad) return kIllegalOperand;
     return std::move(o.text);
 }

@@ -521,9 +521,7 @@ void Board::monitorByte(uint8_t b, std::vector<BoardByte>& out) {
         afterRegisterWrite(address + index, 0, out);
         checksum_ ^= b;
         if (resetMidBlock_ && index + 1 == need_ / 2) {
-            resetMidBlock_ = false;
-            command_ = 0;
-            powerOn();
+            resetNow();
             return;
         }
     }
@@ -531,133 +529,140 @@ void Board::monitorByte(uint8_t b, std::vector<BoardByte>& out) {
     finishCommand(out);
 }
 
+void Board::resetNow() {
+    resetMidBlock_ = false;
+    command_ = 0;
+    powerOn();
+}
+
 void Board::finishCommand(std::vector<BoardByte>& out) {
-    const auto& a = collected_;
     const uint8_t c = command_;
     if (resetMidBlock_ && c != wire::kWriteBlock && c != wire::kReadBlock) {
-        resetMidBlock_ = false;
-        command_ = 0;
-        powerOn();
+        resetNow();
         return;
     }
-    switch (c) {
-        case wire::kWriteBlock: {
-            if (!inData_) {
-                need_ = a[3] | (a[4] << 8);
-                inData_ = true;
-                checksum_ = 0;
-                if (need_ > 0) return;  // the data follow
-            }
-            if (resetMidBlock_) {
-                resetMidBlock_ = false;
-                command_ = 0;
-                powerOn();
-                return;
-            }
-            break;
-        }
-        case wire::kReadBlock: {
-            const uint32_t address = Addr3(a, 0);
-            const uint32_t length = a[3] | (a[4] << 8);
-            checksum_ = 0;
-            for (uint32_t i = 0; i < length; ++i) {
-                const uint8_t v = read(address + i);
-                checksum_ ^= v;
-                emit(out, v);
-                if (resetMidBlock_ && i + 1 == length / 2) {
-                    resetMidBlock_ = false;
-                    command_ = 0;
-                    powerOn();
-                    return;
-                }
-            }
-            if (resetMidBlock_) {
-                resetMidBlock_ = false;
-                command_ = 0;
-                powerOn();
-                return;
-            }
-            break;
-        }
+    if (!runCommand(out)) return;  // it answered itself, waits for more, or reset
+    command_ = 0;
+    if (mode_ == Mode::Monitor) ack2(out);
+}
+
+bool Board::runCommand(std::vector<BoardByte>& out) {
+    const auto& a = collected_;
+    switch (command_) {
+        case wire::kWriteBlock:
+            return finishWriteBlock();
+        case wire::kReadBlock:
+            return readBlock(out);
         case wire::kWriteWord: {
             const uint32_t address = Addr3(a, 0);
             const uint16_t old = readWord(address);
-            if (!write(address, a[3]) || !write(address + 1, a[4])) return;
+            if (!write(address, a[3]) || !write(address + 1, a[4])) return false;
             afterRegisterWrite(address, old, out);
-            break;
+            return true;
         }
         case wire::kReadWord: {
             const uint32_t address = Addr3(a, 0);
             emit(out, read(address));
             emit(out, read(address + 1));
-            break;
+            return true;
         }
-        case wire::kWriteSeq: {
-            // Entries of 6 bytes at the buffer: address (3 bytes), a pad
-            // byte, the word to write.
-            const uint32_t buffer = Addr3(a, 0);
-            for (uint32_t i = 0; i < a[3]; ++i) {
-                const uint32_t e = buffer + 6 * i;
-                const uint32_t address =
-                    read(e) | (read(e + 1) << 8) | (uint32_t(read(e + 2)) << 16);
-                const uint16_t old = readWord(address);
-                if (!write(address, read(e + 4)) || !write(address + 1, read(e + 5))) return;
-                afterRegisterWrite(address, old, out);
-            }
-            break;
-        }
-        case wire::kSetProtection: {
-            if (model_.family != Family::Zt) {
-                command_ = 0;
-                emit(out, wire::kProtectionRefused);
-                return;
-            }
-            if (a[0] != protPassword_) {
-                command_ = 0;
-                emit(out, wire::kProtectionRefused);
-                return;
-            }
-            protPassword_ = a[1];
-            protLevel_ = a[2];
-            break;
-        }
+        case wire::kWriteSeq:
+            return writeSequence(out);
+        case wire::kSetProtection:
+            return setProtection(out);
         case wire::kEinit:
             einit_ = true;
-            break;
-        case wire::kTestComm:
-            break;
+            return true;
         case wire::kGetChecksum:
             emit(out, checksum_);
-            break;
+            return true;
         case wire::kSwReset:
             command_ = 0;
             ack2(out);
             runApplication();
-            return;
+            return false;
         case wire::kAsc1Con:
             command_ = 0;
             ack2(out);
             mode_ = Mode::Asc1Wait;
-            return;
+            return false;
         case wire::kGo:
             command_ = 0;
             doGo(Addr3(a, 0), out);
-            return;
-        case wire::kCall: {
-            const uint32_t entry = Addr3(a, 0);
-            if (!helperZero_ && read(entry) == 'V' && read(entry + 1) == 't' &&
-                read(entry + 2) == 'H' && read(entry + 3) == 'p') {
-                helperZero_ = true;  // a helper takes a trailing zero byte
-                return;
-            }
-            doCall(out);
-            return;
-        }
-        default:
-            break;
+            return false;
+        case wire::kCall:
+            return startCall(out);
+        default:  // the connection test and the rest answer with the acknowledge alone
+            return true;
     }
-    command_ = 0;
-    if (mode_ == Mode::Monitor) ack2(out);
+}
+
+bool Board::finishWriteBlock() {
+    const auto& a = collected_;
+    if (!inData_) {
+        need_ = a[3] | (a[4] << 8);
+        inData_ = true;
+        checksum_ = 0;
+        if (need_ > 0) return false;  // the data follow
+    }
+    if (resetMidBlock_) {
+        resetNow();
+        return false;
+    }
+    return true;
+}
+
+bool Board::readBlock(std::vector<BoardByte>& out) {
+    const uint32_t address = Addr3(collected_, 0);
+    const uint32_t length = collected_[3] | (collected_[4] << 8);
+    checksum_ = 0;
+    for (uint32_t i = 0; i < length; ++i) {
+        const uint8_t v = read(address + i);
+        checksum_ ^= v;
+        emit(out, v);
+        if (resetMidBlock_ && i + 1 == length / 2) break;
+    }
+    if (resetMidBlock_) {
+        resetNow();
+        return false;
+    }
+    return true;
+}
+
+bool Board::writeSequence(std::vector<BoardByte>& out) {
+    // Entries of 6 bytes at the buffer: address (3 bytes), a pad byte, the
+    // word to write.
+    const uint32_t buffer = Addr3(collected_, 0);
+    for (uint32_t i = 0; i < collected_[3]; ++i) {
+        const uint32_t e = buffer + 6 * i;
+        const uint32_t address = read(e) | (read(e + 1) << 8) | (uint32_t(read(e + 2)) << 16);
+        const uint16_t old = readWord(address);
+        if (!write(address, read(e + 4)) || !write(address + 1, read(e + 5))) return false;
+        afterRegisterWrite(address, old, out);
+    }
+    return true;
+}
+
+bool Board::setProtection(std::vector<BoardByte>& out) {
+    if (model_.family != Family::Zt || collected_[0] != protPassword_) {
+        command_ = 0;
+        emit(out, wire::kProtectionRefused);
+        return false;
+    }
+    protPassword_ = collected_[1];
+    protLevel_ = collected_[2];
+    return true;
+}
+
+bool Board::startCall(std::vector<BoardByte>& out) {
+    const uint32_t entry = Addr3(collected_, 0);
+    if (!helperZero_ && read(entry) == 'V' && read(entry + 1) == 't' && read(entry + 2) == 'H' &&
+        read(entry + 3) == 'p') {
+        helperZero_ = true;  // a helper takes a trailing zero byte
+        return false;
+    }
+    doCall(out);
+    return false;
 }
 
 // ---- jumps, calls, drivers ---------------------------------------------------------------

@@ -127,6 +127,17 @@ class Board {
     void startCore(uint32_t first, uint32_t length);
     void monitorByte(uint8_t b, std::vector<BoardByte>& out);
     void finishCommand(std::vector<BoardByte>& out);
+    // The steps of a command whose arguments are in; true when the command
+    // ends with the second acknowledge, false when it answered itself,
+    // waits for more bytes or reset the board.
+    bool runCommand(std::vector<BoardByte>& out);
+    bool finishWriteBlock();
+    bool readBlock(std::vector<BoardByte>& out);
+    bool writeSequence(std::vector<BoardByte>& out);
+    bool setProtection(std::vector<BoardByte>& out);
+    bool startCall(std::vector<BoardByte>& out);
+    // The fault "reset" in the middle of a block: the board powers on again.
+    void resetNow();
     void emit(std::vector<BoardByte>& out, uint8_t b);
     void ack2(std::vector<BoardByte>& out);
     void die() { mode_ = Mode::Dead; }
