@@ -492,6 +492,7 @@ void FVortElm::buildFileMenu() {
     // the image files loaded last, the newest first
     recentMenu_ = file->addMenu(QStringLiteral("Recent Files"));
     recentMenu_->setObjectName(QStringLiteral("UFileRecent"));
+    connect(file, &QMenu::aboutToShow, this, [this]() { refreshRecentFiles(); });
     for (int i = 0; i < static_cast<int>(forms::RecentFiles::kCount); ++i) {
         QAction* a = recentMenu_->addAction(QString());
         a->setObjectName(QStringLiteral("UFileRecent%1").arg(i));

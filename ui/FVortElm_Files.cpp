@@ -32,13 +32,20 @@ QStringList LocalFiles(const QMimeData* data) {
     return out;
 }
 
+// The recent files keep their list in the data home, once start-up has set it.
+forms::RecentFiles& Attached(forms::RecentFiles& recent, const ProgramState& st) {
+    if (!st.programFolder.empty())
+        recent.attach(st.programFolder + "/" + forms::RecentFiles::kFileName);
+    return recent;
+}
+
 }  // namespace
 
 void FVortElm::showFileLoad(forms::LoadType type) {
     FFileLoad d(program_.session(), type, this);
     ScaleNewForm(&d);
     if (d.exec() == QDialog::Accepted && type == forms::LoadType::Hex) {
-        recent_.add(d.form().ChosenPath());
+        Attached(recent_, st_).add(d.form().ChosenPath());
         refreshRecentFiles();
     }
     refreshFeatureButtons();
@@ -63,7 +70,7 @@ void FVortElm::showBinFileLoad() {
     FBinFileLoad d(st_, this);
     ScaleNewForm(&d);
     if (d.exec() == QDialog::Accepted) {
-        recent_.add(d.form().ChosenPath());
+        Attached(recent_, st_).add(d.form().ChosenPath());
         refreshRecentFiles();
     }
     afterCommand();
@@ -114,20 +121,20 @@ void FVortElm::runUserScript(int index) {
 void FVortElm::loadImageFile(const std::string& path) {
     guarded([&]() { forms::LoadImageByKind(st_, path, forms::ImageKindOf(path)); });
     if (st_.selections.count > 0) {
-        recent_.add(path);
+        Attached(recent_, st_).add(path);
         refreshRecentFiles();
     }
     afterCommand();
 }
 
 void FVortElm::openRecentFile(int index) {
-    const auto& items = recent_.items();
+    const auto& items = Attached(recent_, st_).items();
     if (index < 0 || index >= static_cast<int>(items.size())) return;
     loadImageFile(std::string(items[static_cast<size_t>(index)]));
 }
 
 void FVortElm::refreshRecentFiles() {
-    const auto& items = recent_.items();
+    const auto& items = Attached(recent_, st_).items();
     const QList<QAction*> actions = recentMenu_->actions();
     for (int i = 0; i < actions.size(); ++i) {
         const bool used = i < static_cast<int>(items.size());

@@ -564,6 +564,29 @@ TEST(RecentFilesList, NewestFirstEachOnceAndAtMostEight) {
     EXPECT_EQ(r.items().front(), "/f5.hex");
 }
 
+TEST(RecentFilesList, KeptInAFileThatReadsBackAndSkipsWhatIsNoPath) {
+    const fs::path file =
+        fs::temp_directory_path() / ("vortelm-recent-" + std::to_string(::getpid()) + ".txt");
+    fs::remove(file);
+    {
+        RecentFiles r;
+        r.attach(file.string());
+        EXPECT_TRUE(r.items().empty());
+        r.add("/a.hex");
+        r.add("/b.sre");
+    }
+    EXPECT_EQ(Read(file), "/b.sre\n/a.hex\n");
+    RecentFiles back;
+    back.attach(file.string());
+    EXPECT_EQ(back.items(), (std::vector<std::string>{"/b.sre", "/a.hex"}));
+    fs::remove(file);
+    RecentFiles odd;
+    odd.FromText("\r\n/x.hex\r\n/x.hex\n\n" + std::string(5000, 'p') + "\n/y.bin");
+    EXPECT_EQ(odd.items(), (std::vector<std::string>{"/x.hex", "/y.bin"}));
+    odd.add("two\nlines");
+    EXPECT_EQ(odd.items().size(), 2u);
+}
+
 TEST(ImageKinds, ByTheNameOfTheFile) {
     EXPECT_EQ(ImageKindOf("/a/B.HEX"), ImageKind::Hex);
     EXPECT_EQ(ImageKindOf("x.h86"), ImageKind::Hex);

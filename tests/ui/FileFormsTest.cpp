@@ -288,6 +288,8 @@ TEST_F(FileForms, AFileDroppedOnTheWindowLoadsAndJoinsTheRecentFiles) {
     EXPECT_TRUE(recent->isVisible());
     EXPECT_EQ(recent->text(), QString::fromStdString(sample));
     EXPECT_FALSE(find<QAction>("UFileRecent1")->isVisible());
+    // kept in the data home for the next run
+    EXPECT_EQ(Read(dataHome() + "/recent-files.txt"), sample + "\n");
     // the recent entry loads it again
     st().selections.count = 0;
     recent->trigger();
