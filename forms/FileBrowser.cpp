@@ -177,6 +177,11 @@ void FileBrowser::get_preferences(const FileMemo& memo, const std::string& start
     if (memo.type >= 0 && memo.type < static_cast<int>(types.size())) DFiletype = memo.type;
     const std::string memoFolder = NativePath(memo.folder);
     const bool used = !memo.name.empty() && !memo.folder.empty() && Readable(memoFolder);
+    // A memo without a file name keeps a folder whose last part stands as
+    // the name: that folder is shown, with no name.
+    std::error_code ec;
+    const std::string whole = ChosenPathIn(memoFolder, memo.name);
+    if (used && fs::is_directory(whole, ec) && ShowFolder(whole)) return;
     if (used && ShowFolder(memoFolder)) {
         TFilename = memo.name;
         return;
@@ -198,6 +203,10 @@ std::string FileBrowser::ChosenPath() const {
 }
 
 std::string FileBrowser::ChosenPath(const std::string& name) const {
+    return ChosenPathIn(folder, name);
+}
+
+std::string ChosenPathIn(const std::string& folder, const std::string& name) {
     if (!name.empty() && name.front() == '/') return name;
     if (folder == "/") return "/" + name;
     return folder + "/" + name;

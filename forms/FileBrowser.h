@@ -39,6 +39,9 @@ struct Place {
 // True when the name has a "." (the forms add their extension otherwise).
 [[nodiscard]] bool HasExtension(std::string_view name);
 
+// A name joined to a folder; an absolute name stands alone.
+[[nodiscard]] std::string ChosenPathIn(const std::string& folder, const std::string& name);
+
 class FileBrowser {
   public:
     FileBrowser(ProgramState& st, std::vector<FileType> types);

@@ -120,6 +120,17 @@ TEST_F(FileForms, LoadTypesHaveTheirTitlesFileTypesAndStartFolders) {
     EXPECT_EQ(f.types[1].caption, "SRE files (*.sre)");
 }
 
+TEST_F(FileForms, AMemoThatNamesAFolderShowsThatFolderWithoutAName) {
+    // an empty path in the preferences leaves the data home's parent and
+    // its last part as the name
+    st->LoadFileMemos[0].folder = home.parent_path().string();
+    st->LoadFileMemos[0].name = home.filename().string();
+    FFileLoad f(s);
+    f.SetType(LoadType::Hex);
+    EXPECT_EQ(f.folder, home.string());
+    EXPECT_EQ(f.TFilename, "");
+}
+
 TEST_F(FileForms, ATypeChangeFiltersTheFileList) {
     Write(home / "a.hex", ":00000001FF\r\n");
     Write(home / "b.H86", ":00000001FF\r\n");
