@@ -376,111 +376,66 @@ Fields SplitFields(const InstructionRecord& rec, int32_t address, const ByteSour
     return f;
 }
 
-// The operands of a syntax after the mnemonic; false when the bytes are no
-// instruction at all (a broken complement check, an illegal syntax).
-bool WriteOperands(Syntax syntax, uint8_t op, const Fields& f, int32_t address,
-                   const ByteSource& bytes, InstructionTable& t, Line& o) {
+// The operands that name registers alone, direct or indirect; false for
+// a syntax of another kind.
+bool WriteRegisterOperands(Syntax syntax, const Fields& f, Line& o) {
+    using S = Syntax;
     const auto& Q = f.Q;
     const auto& B = f.B;
-    const int32_t W0 = f.W[0];
-    using S = Syntax;
     switch (syntax) {
         case S::None:
-            break;
-        case S::Complement: {
-            const uint8_t inverse = static_cast<uint8_t>(~op);
-            if (bytes(address + 1) != inverse || bytes(address + 2) != op ||
-                bytes(address + 3) != op)
-                return false;
-            break;
-        }
+            return true;
         case S::RwQ0:
             o.rw(Q[0]);
-            break;
+            return true;
         case S::RbQ0:
             o.rb(Q[0]);
-            break;
+            return true;
         case S::RegWB1:
             o.reg(B[1], false);
-            break;
+            return true;
         case S::RwQ0RwQ1:
             o.rw(Q[0]).s(",").rw(Q[1]);
-            break;
+            return true;
         case S::RbQ0RbQ1:
             o.rb(Q[0]).s(",").rb(Q[1]);
-            break;
+            return true;
         case S::RwQ1RbQ0:
             o.rw(Q[1]).s(",").rb(Q[0]);
-            break;
+            return true;
         case S::IndQ0IndQ1:
             o.s("[").rw(Q[0]).s("],[").rw(Q[1]).s("]");
-            break;
+            return true;
         case S::RwQ0IndQ1:
             o.rw(Q[0]).s(",[").rw(Q[1]).s("]");
-            break;
+            return true;
         case S::IndQ1RwQ0:
             o.s("[").rw(Q[1]).s("],").rw(Q[0]);
-            break;
+            return true;
         case S::RbQ0IndQ1:
             o.rb(Q[0]).s(",[").rw(Q[1]).s("]");
-            break;
+            return true;
         case S::IndQ1RbQ0:
             o.s("[").rw(Q[1]).s("],").rb(Q[0]);
-            break;
+            return true;
         case S::RwQ0IndQ1Inc:
             o.rw(Q[0]).s(",[").rw(Q[1]).s("+]");
-            break;
+            return true;
         case S::IndQ0IndQ1Inc:
             o.s("[").rw(Q[0]).s("],[").rw(Q[1]).s("+]");
-            break;
+            return true;
         case S::IndQ0IncIndQ1:
             o.s("[").rw(Q[0]).s("+],[").rw(Q[1]).s("]");
-            break;
+            return true;
         case S::DecIndQ1RwQ0:
             o.s("[-").rw(Q[1]).s("],").rw(Q[0]);
-            break;
+            return true;
         case S::DecIndQ1RbQ0:
             o.s("[-").rw(Q[1]).s("],").rb(Q[0]);
-            break;
+            return true;
         case S::RbQ0IndQ1Inc:
             o.rb(Q[0]).s(",[").rw(Q[1]).s("+]");
-            break;
-        case S::RegWMem:
-            o.reg(B[1], false).s(",").mem(W0);
-            break;
-        case S::RegBMem:
-            o.reg(B[1], true).s(",").mem(W0);
-            break;
-        case S::MemRegW:
-            o.mem(W0).s(",").reg(B[1], false);
-            break;
-        case S::MemRegB:
-            o.mem(W0).s(",").reg(B[1], true);
-            break;
-        case S::RegWImm16:
-            o.reg(B[1], false).s(",#").hexh(W0, 4);
-            break;
-        case S::RwQ1Imm16:
-            o.rw(Q[1]).s(",#").hexh(W0, 4);
-            break;
-        case S::RwQ1Imm4:
-            o.rw(Q[1]).s(",#").hexh(Q[0], 1);
-            break;
-        case S::RbQ1Imm4:
-            o.rb(Q[1]).s(",#").hexh(Q[0], 1);
-            break;
-        case S::RegBImm8:
-            o.reg(B[1], true).s(",#").hexh(B[2], 2);
-            break;
-        case S::RwQ1Mem:
-            o.rw(Q[1]).s(",").mem(W0);
-            break;
-        case S::IndQ1Mem:
-            o.s("[").rw(Q[1]).s("],").mem(W0);
-            break;
-        case S::MemIndQ1:
-            o.mem(W0).s(",[").rw(Q[1]).s("]");
-            break;
+            return true;
         case S::ShortW:
         case S::ShortB:
             if (syntax == S::ShortW)
@@ -491,63 +446,131 @@ bool WriteOperands(Syntax syntax, uint8_t op, const Fields& f, int32_t address,
                 o.s(",#").hexh(Q[1] & 7, 1);
             else
                 o.s(",[").rw(Q[1] & 3).s((Q[1] & 12) < 12 ? "]" : "+]");
-            break;
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The operands with a memory address, an immediate value or a displacement;
+// false for a syntax of another kind.
+bool WriteMemoryOperands(Syntax syntax, const Fields& f, Line& o) {
+    using S = Syntax;
+    const auto& Q = f.Q;
+    const auto& B = f.B;
+    const int32_t W0 = f.W[0];
+    switch (syntax) {
+        case S::RegWMem:
+            o.reg(B[1], false).s(",").mem(W0);
+            return true;
+        case S::RegBMem:
+            o.reg(B[1], true).s(",").mem(W0);
+            return true;
+        case S::MemRegW:
+            o.mem(W0).s(",").reg(B[1], false);
+            return true;
+        case S::MemRegB:
+            o.mem(W0).s(",").reg(B[1], true);
+            return true;
+        case S::RegWImm16:
+            o.reg(B[1], false).s(",#").hexh(W0, 4);
+            return true;
+        case S::RwQ1Imm16:
+            o.rw(Q[1]).s(",#").hexh(W0, 4);
+            return true;
+        case S::RwQ1Imm4:
+            o.rw(Q[1]).s(",#").hexh(Q[0], 1);
+            return true;
+        case S::RbQ1Imm4:
+            o.rb(Q[1]).s(",#").hexh(Q[0], 1);
+            return true;
+        case S::RegBImm8:
+            o.reg(B[1], true).s(",#").hexh(B[2], 2);
+            return true;
+        case S::RwQ1Mem:
+            o.rw(Q[1]).s(",").mem(W0);
+            return true;
+        case S::IndQ1Mem:
+            o.s("[").rw(Q[1]).s("],").mem(W0);
+            return true;
+        case S::MemIndQ1:
+            o.mem(W0).s(",[").rw(Q[1]).s("]");
+            return true;
         case S::DispRwQ0:
             o.s("[").rw(Q[1]).s("+#").hexh(W0, 4).s("],").rw(Q[0]);
-            break;
+            return true;
         case S::RwQ0Disp:
             o.rw(Q[0]).s(",[").rw(Q[1]).s("+#").hexh(W0, 4).s("]");
-            break;
+            return true;
         case S::DispRbQ0:
             o.s("[").rw(Q[1]).s("+#").hexh(W0, 4).s("],").rb(Q[0]);
-            break;
+            return true;
         case S::RbQ0Disp:
             o.rb(Q[0]).s(",[").rw(Q[1]).s("+#").hexh(W0, 4).s("]");
-            break;
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The operands of a syntax after the mnemonic; false when the bytes are no
+// instruction at all (a broken complement check, an illegal syntax).
+bool WriteOperands(Syntax syntax, uint8_t op, const Fields& f, int32_t address,
+                   const ByteSource& bytes, InstructionTable& t, Line& o) {
+    if (WriteRegisterOperands(syntax, f, o) || WriteMemoryOperands(syntax, f, o)) return true;
+    using S = Syntax;
+    const auto& Q = f.Q;
+    const auto& B = f.B;
+    const int32_t W0 = f.W[0];
+    switch (syntax) {
+        case S::Complement:  // the op byte, its complement, then the op byte twice
+            return bytes(address + 1) == static_cast<uint8_t>(~op) && bytes(address + 2) == op &&
+                   bytes(address + 3) == op;
         case S::FieldLow:
             o.bit(B[1], 16).s(",#").hexh(B[2], 2).s(",#").hexh(B[3], 2);
-            break;
+            return true;
         case S::FieldHigh:
             o.bit(B[1], 16).s(",#").hexh(B[3], 2).s(",#").hexh(B[2], 2);
-            break;
+            return true;
         case S::BitBit:
             o.bit(B[2], Q[1]).s(",").bit(B[1], Q[0]);
-            break;
+            return true;
         case S::BitRel:
             o.bit(B[1], Q[0]).s(",").target(B[2], 4);
-            break;
+            return true;
         case S::CcInd:
             o.cc(Q[0]).s(",[").rw(Q[1]).s("]");
-            break;
+            return true;
         case S::CcAbs:
             o.cc(Q[0]).s(",").hexh(W0, 4);
-            break;
+            return true;
         case S::CcRel:
             o.cc(Q[0]).s(",").target(B[0], 2);
-            break;
+            return true;
         case S::Rel:
             o.target(B[1], 2);
-            break;
+            return true;
         case S::BitB0:
             o.bit(B[0], Q[0]);
-            break;
+            return true;
         case S::SegAbs:
             o.hexh(B[1], 2).s(",").hexh(W0, 4);
-            break;
+            return true;
         case S::RegWAbs:
             o.reg(B[1], false).s(",").hexh(W0, 4);
-            break;
+            return true;
         case S::Trap:
             o.s("#").hex(B[1] / 2, 2);
-            break;
+            return true;
         case S::SeqAtomic:
         case S::SeqExt:
             Sequence(op, f, t, o);
-            break;
+            return true;
         case S::Illegal:
             return false;
+        default:  // written above
+            return true;
     }
-    return true;
 }
 
 }  // namespace

@@ -144,6 +144,21 @@ class Board {
     void doCall(std::vector<BoardByte>& out);
     void doGo(uint32_t address, std::vector<BoardByte>& out);
     void runDriver(uint32_t entry, std::array<uint16_t, 8>& r);
+    // What a driver image says of itself behind its tag.
+    struct DriverHeader {
+        uint8_t generation = 0;
+        std::size_t unit = 0;
+        uint16_t burst = 0;
+        uint8_t blank = 0;
+        uint32_t buffer = 0;
+        uint32_t wordline = 0;
+    };
+    [[nodiscard]] DriverHeader driverHeaderAt(uint32_t entry);
+    // The driver's commands; each gives the result for R15.
+    uint16_t lockCommand(std::size_t unit, const std::array<uint16_t, 8>& r);
+    uint16_t firstGenerationCommand(uint32_t entry, const DriverHeader& h,
+                                    std::array<uint16_t, 8>& r);
+    uint16_t secondGenerationCommand(const DriverHeader& h, std::array<uint16_t, 8>& r);
     // A called routine of register moves (sim/Routine.h); r is R8 to R15.
     void runRoutine(uint32_t entry, uint16_t cp, std::array<uint16_t, 8>& r);
     [[nodiscard]] bool coreHeaderAt(uint32_t address, uint16_t& mask, uint16_t& length) const;
