@@ -21,7 +21,6 @@ void FSaveAs::initialize() {
     std::string start = st_.programFolder;
     if (!st_.PATH_SAVE.empty()) start = ResolveInProgramFolder(st_, st_.PATH_SAVE);
     get_preferences(memo, start);
-    if (TFilename.empty()) TFilename = st_.saveFile.name;
     TStartAddress = HexText(st_.SAVESTARTADDR, 6);
     TEndAddress = HexText(st_.SAVEENDADDR, 6);
     TRecordsize = std::to_string(st_.SAVERECORDSIZE);

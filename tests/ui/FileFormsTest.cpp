@@ -203,6 +203,22 @@ TEST_F(FileForms, ThePickerPutsTheLineIntoTheCommandBox) {
     EXPECT_FALSE(logged("List all shell commands"));  // nothing ran
 }
 
+TEST_F(FileForms, AHeadingTakenGoesAsItStandsAndEnterSendsItToTheTerminal) {
+    OnModal<ui::FCommandSelection>([](ui::FCommandSelection& d) {
+        auto* list = In<QListWidget>(d, "LCommands");
+        const auto items = list->findItems("FILE FUNCTIONS", Qt::MatchExactly);
+        ASSERT_EQ(items.size(), 1);
+        list->setCurrentItem(items[0]);
+        EXPECT_EQ(In<QLabel>(d, "LDescription")->text(), "");
+        Q_EMIT list->itemDoubleClicked(items[0]);
+    });
+    find<QToolButton>("BSelectCommand")->click();
+    auto* box = find<QComboBox>("TCommand");
+    EXPECT_EQ(box->lineEdit()->text(), "FILE FUNCTIONS");
+    QTest::keyClick(box->lineEdit(), Qt::Key_Return);
+    EXPECT_TRUE(logged("-> SENDING: FILE FUNCTIONS")) << st().terminalBuffer;
+}
+
 TEST_F(FileForms, SelectRangeAddsTheBlockAndGoesToItsPage) {
     OnModal<ui::FSelectRange>([](ui::FSelectRange& d) {
         auto* start = In<QLineEdit>(d, "TStartaddress");
