@@ -671,7 +671,12 @@ void FVortElm::buildToolBar() {
         (void)forms::BASC02ASC1_Click(target());
         afterCommand();
     });
-    // The command selection and the user scripts on a row of their own.
+    buildUserScriptBar();
+}
+
+// The command selection and the user scripts on a row of their own.
+void FVortElm::buildUserScriptBar() {
+    using SP = QStyle;
     addToolBarBreak();
     toolBar_ = addToolBar(QStringLiteral("User scripts"));
     toolBar_->setObjectName(QStringLiteral("XUserScripts"));

@@ -166,6 +166,7 @@ class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     void buildHelpMenu();
     void refreshRecentFiles();
     void buildToolBar();
+    void buildUserScriptBar();
     void buildStatusBar();
     QAction* menuEntry(QMenu* menu, const char* name, const char* caption,
                        std::function<void()> work, const QKeySequence& key = {});
