@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QFileDialog>
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QHBoxLayout>
@@ -30,9 +29,12 @@
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "forms/FFileLoad.h"
+#include "forms/FFileSave.h"
 #include "forms/FFlash.h"
 #include "forms/FVortElm.h"
 #include "forms/TargetEntries.h"
+#include "forms/UserScripts.h"
 #include "link/ComPort.h"
 #include "shell/Program.h"
 #include "shell/Script.h"
@@ -108,6 +110,7 @@ class HexCell : public QLineEdit {
         setAlignment(Qt::AlignCenter);
         setFont(Mono());
         setAutoFillBackground(true);
+        setAcceptDrops(false);  // a file dropped here goes to the window
         const int w = QFontMetrics(font()).horizontalAdvance(QStringLiteral("000")) + 4;
         setFixedWidth(w);
     }
@@ -217,6 +220,7 @@ FVortElm::FVortElm(shell::Program& program, QtHost& host)
     : program_(program), st_(program.state()), host_(host) {
     setObjectName(QStringLiteral("FVortElm"));
     setWindowTitle(QStringLiteral("Vortelm"));
+    setAcceptDrops(true);  // an image file dropped on the window is loaded
     page_ = std::make_unique<HexPage>(st_, *this);
     program.session().addHistory = [this](std::string_view line) {
         history_.add(line);
@@ -435,34 +439,72 @@ QAction* FVortElm::menuEntry(QMenu* menu, const char* name, const char* caption,
     return a;
 }
 
+namespace {
+
+void Separator(QMenu* m, int n) {
+    m->addSeparator()->setObjectName(QStringLiteral("USeparator%1").arg(n));
+}
+
+}  // namespace
+
+QMenu* FVortElm::topMenu(const char* name, const char* caption) {
+    QMenu* m = menuBar()->addMenu(QString::fromUtf8(caption));
+    m->setObjectName(QString::fromUtf8(name));
+    return m;
+}
+
 void FVortElm::buildMenus() {
-    QMenuBar* mb = menuBar();
-    mb->setObjectName(QStringLiteral("XMenu"));
-    auto top = [&](const char* name, const char* caption) {
-        QMenu* m = mb->addMenu(QString::fromUtf8(caption));
-        m->setObjectName(QString::fromUtf8(name));
-        return m;
-    };
-    auto sep = [](QMenu* m, int n) {
-        m->addSeparator()->setObjectName(QStringLiteral("USeparator%1").arg(n));
-    };
-    HexPage& hp = *page_;
+    menuBar()->setObjectName(QStringLiteral("XMenu"));
+    buildFileMenu();
+    buildEditMenu();
+    buildViewMenu();
+    buildTargetMenu();
+    buildSettingsMenu();
+    buildScriptMenu();
+    buildHelpMenu();
+}
 
-    QMenu* file = top("PFile", "&File");
-    menuEntry(file, "UFileLoad", "Load  ...", nullptr, QKeySequence(Qt::CTRL | Qt::Key_O));
-    menuEntry(file, "UFileSave", "Save As ...", nullptr, QKeySequence(Qt::CTRL | Qt::Key_S));
-    menuEntry(file, "UFileLoadBinary", "Load Binary File ...", nullptr);
-    menuEntry(file, "UFileSaveBinary", "Save Binary File ...", nullptr);
-    sep(file, 0);
+void FVortElm::buildFileMenu() {
+    using forms::LoadType;
+    using forms::SaveType;
+    QMenu* file = topMenu("PFile", "&File");
+    menuEntry(
+        file, "UFileLoad", "Load  ...", [this]() { showFileLoad(LoadType::Hex); },
+        QKeySequence(Qt::CTRL | Qt::Key_O));
+    menuEntry(
+        file, "UFileSave", "Save As ...", [this]() { showSaveAs(); },
+        QKeySequence(Qt::CTRL | Qt::Key_S));
+    menuEntry(file, "UFileLoadBinary", "Load Binary File ...", [this]() { showBinFileLoad(); });
+    menuEntry(file, "UFileSaveBinary", "Save Binary File ...", [this]() { showBinFileSave(); });
+    Separator(file, 0);
     menuEntry(file, "UFilePrint", "Print Selection", [this]() { showPrint(); });
-    sep(file, 1);
-    menuEntry(file, "UFileLoadPreferences", "Load Preferences ...", nullptr);
-    menuEntry(file, "UFileSavePreferences", "Save Preferences ...", nullptr);
-    sep(file, 2);
-    menuEntry(file, "UFileLoadSFRRegisterSet", "Load SFR Register set ...", nullptr);
-    menuEntry(file, "UFileSaveSFRRegisterSet", "Save SFR Register set ...", nullptr);
+    Separator(file, 1);
+    menuEntry(file, "UFileLoadPreferences", "Load Preferences ...",
+              [this]() { showFileLoad(LoadType::Preferences); });
+    menuEntry(file, "UFileSavePreferences", "Save Preferences ...",
+              [this]() { showFileSave(SaveType::Preferences); });
+    Separator(file, 2);
+    menuEntry(file, "UFileLoadSFRRegisterSet", "Load SFR Register set ...",
+              [this]() { showFileLoad(LoadType::RegisterSet); });
+    menuEntry(file, "UFileSaveSFRRegisterSet", "Save SFR Register set ...",
+              [this]() { showFileSave(SaveType::RegisterSet); });
+    Separator(file, 10);
+    // the image files loaded last, the newest first
+    recentMenu_ = file->addMenu(QStringLiteral("Recent Files"));
+    recentMenu_->setObjectName(QStringLiteral("UFileRecent"));
+    connect(file, &QMenu::aboutToShow, this, [this]() { refreshRecentFiles(); });
+    for (int i = 0; i < static_cast<int>(forms::RecentFiles::kCount); ++i) {
+        QAction* a = recentMenu_->addAction(QString());
+        a->setObjectName(QStringLiteral("UFileRecent%1").arg(i));
+        connect(a, &QAction::triggered, this,
+                [this, i]() { guarded([&]() { openRecentFile(i); }); });
+    }
+    refreshRecentFiles();
+}
 
-    QMenu* edit = top("PEdit", "&Edit");
+void FVortElm::buildEditMenu() {
+    HexPage& hp = *page_;
+    QMenu* edit = topMenu("PEdit", "&Edit");
     menuEntry(
         edit, "UEditCopy", "Copy", [this, &hp]() { hp.Copy(terminalHasFocus()); },
         QKeySequence(Qt::CTRL | Qt::Key_C));
@@ -470,30 +512,35 @@ void FVortElm::buildMenus() {
         edit, "UEditCut", "Cut", [&hp]() { hp.Cut(); }, QKeySequence(Qt::CTRL | Qt::Key_X));
     menuEntry(
         edit, "UEditPaste", "Paste", [&hp]() { hp.Paste(); }, QKeySequence(Qt::CTRL | Qt::Key_V));
-    sep(edit, 3);
-    menuEntry(edit, "UEditSelectRange", "Add Selection ...", nullptr,
-              QKeySequence(Qt::CTRL | Qt::Key_R));
+    Separator(edit, 3);
+    menuEntry(
+        edit, "UEditSelectRange", "Add Selection ...", [this]() { showSelectRange(); },
+        QKeySequence(Qt::CTRL | Qt::Key_R));
     menuEntry(
         edit, "UEditClearSelection", "Clear all Selections", [&hp]() { hp.ClearSelection(); },
         QKeySequence(Qt::CTRL | Qt::Key_Z));
-    sep(edit, 4);
+    Separator(edit, 4);
     menuEntry(
         edit, "UEditFill", "Fill", [&hp]() { hp.Fill(); }, QKeySequence(Qt::CTRL | Qt::Key_F));
     menuEntry(edit, "UEditRandomFill", "Random Fill", [&hp]() { hp.RandomFill(); });
     menuEntry(edit, "UEditUnread", "Unread", [&hp]() { hp.Unread(); });
+}
 
-    QMenu* view = top("PView", "&View");
+void FVortElm::buildViewMenu() {
+    QMenu* view = topMenu("PView", "&View");
     menuEntry(view, "UViewWords", "Word", [this]() { showView(0); });
     menuEntry(view, "UViewLong", "Long", [this]() { showView(1); });
     menuEntry(view, "UViewDisassemble", "Disassemble", [this]() { showDisassembly(); });
     menuEntry(view, "UViewClearTerminalWindow", "Clear Terminal Window",
               [this]() { ClearTerminal(); });
+}
 
-    QMenu* tgt = top("PTarget", "&Target");
+void FVortElm::buildTargetMenu() {
+    QMenu* tgt = topMenu("PTarget", "&Target");
     menuEntry(
         tgt, "UTargetConfiguration", "Configuration ...", [this]() { showConfiguration(); },
         QKeySequence(Qt::CTRL | Qt::Key_Q));
-    sep(tgt, 5);
+    Separator(tgt, 5);
     menuEntry(
         tgt, "UTargetConnect", "Connect", [this]() { doConnect(); },
         QKeySequence(Qt::CTRL | Qt::Key_T));
@@ -501,7 +548,7 @@ void FVortElm::buildMenus() {
     menuEntry(tgt, "UTargetDisconnect", "Disconnect", [this]() { doDisconnect(); });
     menuEntry(tgt, "UDisplayResetConfig", "Display Reset Configuration",
               [this]() { forms::UDisplayResetConfig_Click(target()); });
-    sep(tgt, 6);
+    Separator(tgt, 6);
     menuEntry(
         tgt, "UTargetDownload", "Download Selection", [this]() { doDownload(); },
         QKeySequence(Qt::CTRL | Qt::Key_D));
@@ -509,27 +556,27 @@ void FVortElm::buildMenus() {
         tgt, "UTargetUpload", "Upload Selection", [this]() { doUpload(); },
         QKeySequence(Qt::CTRL | Qt::Key_U));
     menuEntry(tgt, "UTargetCompare", "Compare Selection", [this]() { doCompare(); });
-    sep(tgt, 7);
+    Separator(tgt, 7);
     menuEntry(tgt, "UTargetRelocate", "Relocate Monitor", [this]() {
         (void)forms::UTargetRelocate_Click(target());
         afterCommand();
     });
+}
 
-    QMenu* settings = top("PSettings", "&Settings");
+void FVortElm::buildSettingsMenu() {
+    QMenu* settings = topMenu("PSettings", "&Settings");
     menuEntry(settings, "USettingsInterface", "Interface ...", [this]() { showComSettings(); });
     menuEntry(settings, "USettingsTerminal", "Terminal ...", [this]() { showTerminalSettings(); });
     menuEntry(settings, "USettingsKernel", "Kernel ...", [this]() { showKernels(); });
     menuEntry(settings, "USettingsFrontend", "Frontend ...", [this]() { showFrontendSettings(); });
+}
 
-    QMenu* script = top("PScript", "S&cript");
-    menuEntry(script, "UScriptExecute", "Execute ...", [this]() {
-        const QString name =
-            QFileDialog::getOpenFileName(this, QStringLiteral("Load script"),
-                                         QString::fromStdString(st_.programFolder + "/SCRIPTS"),
-                                         QStringLiteral("Script files (*.scm);;All Files (*.*)"));
-        if (!name.isEmpty()) runScript(name.toStdString());
-    });
-    menuEntry(script, "UScriptSelectUserScript", "User Scripts ...", nullptr);
+void FVortElm::buildScriptMenu() {
+    QMenu* script = topMenu("PScript", "S&cript");
+    menuEntry(script, "UScriptExecute", "Execute ...",
+              [this]() { showFileLoad(forms::LoadType::Script); });
+    menuEntry(script, "UScriptSelectUserScript", "User Scripts ...",
+              [this]() { showUserScripts(); });
     for (int i = 0; i < 16; ++i) {
         QAction* a = script->addAction(QString());
         a->setObjectName(QStringLiteral("UScriptLastfile%1").arg(i));
@@ -540,8 +587,10 @@ void FVortElm::buildMenus() {
     auto* esc = new QShortcut(QKeySequence(Qt::Key_Escape), this);
     esc->setObjectName(QStringLiteral("XScriptAbort"));
     connect(esc, &QShortcut::activated, this, [this]() { st_.scriptAbort = 1; });
+}
 
-    QMenu* help = top("PHelp", "&Help");
+void FVortElm::buildHelpMenu() {
+    QMenu* help = topMenu("PHelp", "&Help");
     menuEntry(help, "UHelpIndex", "Contents", nullptr);
     menuEntry(help, "UHelpAbout", "About", [this]() { showAbout(); });
 }
@@ -622,19 +671,26 @@ void FVortElm::buildToolBar() {
         (void)forms::BASC02ASC1_Click(target());
         afterCommand();
     });
-    // The command selection and the user scripts on a row of their own.
+    buildUserScriptBar();
+}
+
+// The command selection and the user scripts on a row of their own.
+void FVortElm::buildUserScriptBar() {
+    using SP = QStyle;
     addToolBarBreak();
     toolBar_ = addToolBar(QStringLiteral("User scripts"));
     toolBar_->setObjectName(QStringLiteral("XUserScripts"));
     toolBar_->setMovable(false);
     toolBar_->setIconSize(QSize(16, 16));
     toolBar_->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    auto* selectCommand = toolButton("BSelectCommand", "Select command", "Commands",
-                                     SP::SP_FileDialogListView, nullptr, nullptr);
+    auto* selectCommand =
+        toolButton("BSelectCommand", "Select command", "Commands", SP::SP_FileDialogListView,
+                   nullptr, [this]() { showCommandSelection(); });
     selectCommand->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     for (int i = 0; i < 8; ++i) {
         const std::string name = "BFunc" + std::to_string(i);
-        toolButton(name.c_str(), "", QStringLiteral("F%1").arg(i), -1, nullptr, nullptr);
+        toolButton(name.c_str(), "", QStringLiteral("F%1").arg(i), -1, nullptr,
+                   [this, i]() { runUserScript(i); });
     }
 }
 
@@ -867,13 +923,8 @@ void FVortElm::runScript(const std::string& fileName) {
 }
 
 void FVortElm::runLastScript(int index) {
-    if (index < 0 || index >= static_cast<int>(st_.lastScriptFiles.size())) return;
-    const std::string name = st_.lastScriptFiles[static_cast<size_t>(index)];
-    if (!FileExists(st_, name, kFalse)) {
-        Text2Buffer(st_, "*ERROR: Script File not found\r\n");
-        return;
-    }
-    runScript(name);
+    guarded([&]() { forms::UScriptLastfile_Click(program_.session(), index); });
+    afterCommand();
 }
 
 // ---- target operations

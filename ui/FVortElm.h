@@ -12,10 +12,13 @@
 #include <string>
 
 #include "forms/HexPage.h"
+#include "forms/RecentFiles.h"
 #include "shell/CommandBox.h"
 #include "ui/QtHost.h"
 
 class QAction;
+class QDragEnterEvent;
+class QDropEvent;
 class QComboBox;
 class QLabel;
 class QLayout;
@@ -34,6 +37,10 @@ class Program;
 namespace vortelm::target {
 struct Target;
 }
+namespace vortelm::forms {
+enum class LoadType;
+enum class SaveType;
+}  // namespace vortelm::forms
 
 namespace vortelm::ui {
 
@@ -120,9 +127,26 @@ class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     void showPrint();
     void showFrontendSettings();
     void showAbout();
+    // The file forms, the user scripts, the command picker, the recent files
+    // and the files dropped on the window (FVortElm_Files.cpp).
+    void showFileLoad(forms::LoadType type);
+    void showFileSave(forms::SaveType type);
+    void showSaveAs();
+    void showBinFileLoad();
+    void showBinFileSave();
+    void showSelectRange();
+    void showUserScripts();
+    void showCommandSelection();
+    void runUserScript(int index);
+    // An image file loaded as the load form loads it, by its name's type.
+    void loadImageFile(const std::string& path);
+    void openRecentFile(int index);
+    [[nodiscard]] const forms::RecentFiles& recentFiles() const { return recent_; }
 
   protected:
     void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
@@ -132,7 +156,17 @@ class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     QWidget* buildMemGrid();
     QWidget* buildTerminal();
     void buildMenus();
+    QMenu* topMenu(const char* name, const char* caption);
+    void buildFileMenu();
+    void buildEditMenu();
+    void buildViewMenu();
+    void buildTargetMenu();
+    void buildSettingsMenu();
+    void buildScriptMenu();
+    void buildHelpMenu();
+    void refreshRecentFiles();
     void buildToolBar();
+    void buildUserScriptBar();
     void buildStatusBar();
     QAction* menuEntry(QMenu* menu, const char* name, const char* caption,
                        std::function<void()> work, const QKeySequence& key = {});
@@ -173,6 +207,8 @@ class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     FPrint* print_ = nullptr;
     FFrontendSettings* frontendSettings_ = nullptr;
     FAbout* about_ = nullptr;
+    forms::RecentFiles recent_;
+    QMenu* recentMenu_ = nullptr;
 };
 
 }  // namespace vortelm::ui

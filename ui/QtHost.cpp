@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QProcess>
 #include <QSocketNotifier>
 #include <QTimer>
 
@@ -215,6 +216,16 @@ void QtHost::showMessageWindow(std::string_view text) {
     }
     messageWindow_->setText(Q(text));
     messageWindow_->show();
+}
+
+bool QtHost::startDetached(const std::string& program, const std::vector<std::string>& args) {
+    std::vector<std::string> call{program};
+    call.insert(call.end(), args.begin(), args.end());
+    started.push_back(call);
+    if (answerBoxes_) return true;
+    QStringList list;
+    for (const std::string& a : args) list << Q(a);
+    return QProcess::startDetached(Q(program), list);
 }
 
 std::optional<std::string> QtHost::inputBox(std::string_view prompt, std::string_view title,

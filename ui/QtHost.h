@@ -64,6 +64,11 @@ class QtHost : public QObject, public Host {
     // modality (also in unattended runs, where its text is kept as well).
     void showMessageWindow(std::string_view text) override;
 
+    // A program with an argument list, never through a shell. Unattended
+    // runs keep the call in `started` and start nothing.
+    bool startDetached(const std::string& program, const std::vector<std::string>& args) override;
+    std::vector<std::vector<std::string>> started;
+
     [[nodiscard]] std::string clipboardText() override;
     void setClipboardText(std::string_view text) override;
 
