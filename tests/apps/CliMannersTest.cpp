@@ -18,11 +18,13 @@
 #include <vector>
 
 #include "apps/vortelm-cli/CliText.h"
+#include "tests/support/IntelHex.h"
 
 namespace fs = std::filesystem;
 using vortelm::cli::CleanLines;
 using vortelm::cli::IsCommandEcho;
 using vortelm::cli::ProgressBar;
+using vortelm::testing::IntelHex;
 
 extern char** environ;
 
@@ -159,23 +161,10 @@ struct Manners : ::testing::Test {
     // An Intel HEX file of n bytes at 100000 (external RAM of the default board).
     std::string WriteHex(int n) {
         std::string path = dir + "/big.hex";
-        std::ofstream f(path);
-        f << ":020000040010EA\n";
-        for (int a = 0; a < n; a += 16) {
-            int sum = 16 + (a >> 8) + (a & 0xFF);
-            char line[64];
-            std::snprintf(line, sizeof line, ":10%04X00", a);
-            f << line;
-            for (int i = 0; i < 16; ++i) {
-                const int b = (a + i * 7) & 0xFF;
-                sum += b;
-                std::snprintf(line, sizeof line, "%02X", b);
-                f << line;
-            }
-            std::snprintf(line, sizeof line, "%02X\n", (-sum) & 0xFF);
-            f << line;
-        }
-        f << ":00000001FF\n";
+        std::vector<uint8_t> bytes;
+        for (int a = 0; a < n; ++a)
+            bytes.push_back(static_cast<uint8_t>((a - a % 16) + (a % 16) * 7));
+        std::ofstream(path) << IntelHex(0x100000, bytes);
         return path;
     }
 };

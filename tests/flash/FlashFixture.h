@@ -17,6 +17,7 @@
 #include "core/ProgramState.h"
 #include "core/TestHost.h"
 #include "shell/Program.h"
+#include "tests/support/IntelHex.h"
 
 namespace vortelm::testing {
 
@@ -39,36 +40,6 @@ inline const FamilyCase kFamilyCases[] = {
 // The name of a parameterised case.
 inline std::string FamilyName(const ::testing::TestParamInfo<FamilyCase>& i) {
     return i.param.mctype;
-}
-
-// Intel HEX of the bytes at the address: extended linear records, 16-byte
-// data records, end record.
-inline std::string IntelHex(int32_t address, const std::vector<uint8_t>& bytes) {
-    std::ostringstream s;
-    int32_t upper = -1;
-    char buf[64];
-    for (size_t i = 0; i < bytes.size(); i += 16) {
-        const int32_t a = address + static_cast<int32_t>(i);
-        if ((a >> 16) != upper) {
-            upper = a >> 16;
-            const int sum = 2 + 4 + (upper >> 8) + (upper & 0xFF);
-            std::snprintf(buf, sizeof buf, ":02000004%04X%02X\n", upper, (-sum) & 0xFF);
-            s << buf;
-        }
-        const size_t n = std::min<size_t>(16, bytes.size() - i);
-        int sum = static_cast<int>(n) + ((a >> 8) & 0xFF) + (a & 0xFF);
-        std::snprintf(buf, sizeof buf, ":%02X%04X00", static_cast<unsigned>(n), a & 0xFFFF);
-        s << buf;
-        for (size_t k = 0; k < n; ++k) {
-            sum += bytes[i + k];
-            std::snprintf(buf, sizeof buf, "%02X", bytes[i + k]);
-            s << buf;
-        }
-        std::snprintf(buf, sizeof buf, "%02X\n", (-sum) & 0xFF);
-        s << buf;
-    }
-    s << ":00000001FF\n";
-    return s.str();
 }
 
 // Puts the family's delivered memory definition into the [Memory] section

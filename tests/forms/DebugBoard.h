@@ -22,27 +22,12 @@
 #include "link/ComPort.h"
 #include "link/Monitor.h"
 #include "shell/Program.h"
+#include "tests/support/IntelHex.h"
 
 namespace vortelm::forms::testing {
 
 namespace fs = std::filesystem;
-
-inline std::string HexRecord(int address, const std::vector<int>& bytes) {
-    std::ostringstream s;
-    int sum = static_cast<int>(bytes.size()) + (address >> 8) + (address & 0xFF);
-    char buf[16];
-    std::snprintf(buf, sizeof buf, ":%02X%04X00", static_cast<unsigned>(bytes.size()),
-                  address & 0xFFFF);
-    s << buf;
-    for (int b : bytes) {
-        sum += b;
-        std::snprintf(buf, sizeof buf, "%02X", b);
-        s << buf;
-    }
-    std::snprintf(buf, sizeof buf, "%02X", (-sum) & 0xFF);
-    s << buf << "\n";
-    return s.str();
-}
+using vortelm::testing::HexRecord;
 
 inline const std::vector<int> kRoutine{0xE6, 0xF0, 0x34, 0x12, 0xE6, 0xF1, 0x78, 0x56, 0xCC, 0x00,
                                        0xCC, 0x00, 0xF0, 0x10, 0xCC, 0x00, 0xCC, 0x00, 0x0D, 0xF6};

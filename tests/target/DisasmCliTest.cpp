@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/IntelHex.h"
+
 #include "CliHome.h"
 
 #include "config/DataHome.h"
@@ -22,23 +24,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string Record(int address, const std::vector<int>& bytes) {
-    std::ostringstream s;
-    int sum = static_cast<int>(bytes.size()) + (address >> 8) + (address & 0xFF);
-    char buf[16];
-    std::snprintf(buf, sizeof buf, ":%02X%04X00", static_cast<unsigned>(bytes.size()),
-                  address & 0xFFFF);
-    s << buf;
-    for (int b : bytes) {
-        sum += b;
-        std::snprintf(buf, sizeof buf, "%02X", b);
-        s << buf;
-    }
-    std::snprintf(buf, sizeof buf, "%02X", (-sum) & 0xFF);
-    s << buf << "\n";
-    return s.str();
-}
+using vortelm::testing::HexRecord;
 
 // A fresh data home; the lines run against the in-process board.
 class DisasmCli : public vortelm::testing::CliHome {
@@ -58,9 +44,9 @@ const char* const kListing =
     "\n***************************************";
 
 TEST_F(DisasmCli, ViewAssemblerListsTheRoutineReadBackFromTheBoard) {
-    std::ofstream(home / "r.hex") << Record(0xFA00, {0xE6, 0xF0, 0x34, 0x12, 0xF2, 0xF1, 0x12,
-                                                     0xFF, 0xF6, 0xF0, 0x10, 0xFF, 0x0F, 0x88,
-                                                     0xD1, 0xA0, 0xCC, 0x00, 0xCB, 0x00})
+    std::ofstream(home / "r.hex") << HexRecord(0xFA00, {0xE6, 0xF0, 0x34, 0x12, 0xF2, 0xF1, 0x12,
+                                                        0xFF, 0xF6, 0xF0, 0x10, 0xFF, 0x0F, 0x88,
+                                                        0xD1, 0xA0, 0xCC, 0x00, 0xCB, 0x00})
                                   << ":00000001FF\n";
     // The image is unread after the download, so the listing shows what
     // the upload brought back from the board.
@@ -75,8 +61,9 @@ TEST_F(DisasmCli, ViewAssemblerListsTheRoutineReadBackFromTheBoard) {
 }
 
 TEST_F(DisasmCli, ListingEndsAtAnIllegalInstructionAndGoesOnWithTheNextSelection) {
-    std::ofstream(home / "r.hex") << Record(0x100, {0xCC, 0x00, 0x3B, 0x00, 0xCC, 0x00, 0xCC, 0x00})
-                                  << Record(0x200, {0xCB, 0x00, 0xCB, 0x00}) << ":00000001FF\n";
+    std::ofstream(home / "r.hex") << HexRecord(0x100,
+                                               {0xCC, 0x00, 0x3B, 0x00, 0xCC, 0x00, 0xCC, 0x00})
+                                  << HexRecord(0x200, {0xCB, 0x00, 0xCB, 0x00}) << ":00000001FF\n";
     const std::string out2 = run("_load r.hex\n_viewassembler\n");
     EXPECT_NE(out2.find("\n000100: CC00      NOP     "
                         "\n000102: 3B00      Illegal Instruction"
@@ -92,7 +79,7 @@ TEST_F(DisasmCli, AMissingTableLeavesTheRestOfTheProgramWorking) {
     fs::remove(home / "CMDDEF" / "command.cmd");
     // A complete data home: the start repairs nothing, the table stays missing.
     std::ofstream(home / vortelm::kDataHomeMark) << "";
-    std::ofstream(home / "r.hex") << Record(0x100, {0xCC, 0x00}) << ":00000001FF\n";
+    std::ofstream(home / "r.hex") << HexRecord(0x100, {0xCC, 0x00}) << ":00000001FF\n";
     const std::string out = run("_load r.hex\n_viewassembler\n_showselections\n");
     EXPECT_NE(out.find("*ERROR: Instruction table " + (home / "CMDDEF" / "command.cmd").string() +
                        " not found, the disassembler is off\n"),

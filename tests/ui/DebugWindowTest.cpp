@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "link/Monitor.h"
+#include "tests/support/IntelHex.h"
 #include "tests/ui/UiFixture.h"
 #include "ui/FDisassemble.h"
 
@@ -17,23 +18,6 @@ namespace vortelm::testing {
 namespace {
 
 using DebugWindow = UiTest;
-
-std::string Record(int address, const std::vector<int>& bytes) {
-    std::ostringstream s;
-    int sum = static_cast<int>(bytes.size()) + (address >> 8) + (address & 0xFF);
-    char buf[16];
-    std::snprintf(buf, sizeof buf, ":%02X%04X00", static_cast<unsigned>(bytes.size()),
-                  address & 0xFFFF);
-    s << buf;
-    for (int b : bytes) {
-        sum += b;
-        std::snprintf(buf, sizeof buf, "%02X", b);
-        s << buf;
-    }
-    std::snprintf(buf, sizeof buf, "%02X", (-sum) & 0xFF);
-    s << buf << "\n";
-    return s.str();
-}
 
 // Lets the event loop run until the target is back at the monitor.
 bool WaitForMonitor(ProgramState& st) {
@@ -60,8 +44,8 @@ std::vector<int> BoardBytes(shell::Program& program, int32_t address, int count)
 // Downloads the routine and opens the debug window on it.
 ui::FDisassemble* OpenOnRoutine(ProgramState& st, ui::FVortElm& window) {
     std::ofstream(st.programFolder + "/r.hex")
-        << Record(0xFA00, {0xE6, 0xF0, 0x34, 0x12, 0xE6, 0xF1, 0x78, 0x56, 0xCC, 0x00,
-                           0xCC, 0x00, 0xF0, 0x10, 0xCC, 0x00, 0xCC, 0x00, 0x0D, 0xF6})
+        << HexRecord(0xFA00, {0xE6, 0xF0, 0x34, 0x12, 0xE6, 0xF1, 0x78, 0x56, 0xCC, 0x00,
+                              0xCC, 0x00, 0xF0, 0x10, 0xCC, 0x00, 0xCC, 0x00, 0x0D, 0xF6})
         << ":00000001FF\n";
     auto* box = window.findChild<QComboBox*>("TCommand");
     EXPECT_NE(box, nullptr);

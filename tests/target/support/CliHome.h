@@ -11,9 +11,12 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "tests/support/IntelHex.h"
 
 namespace vortelm::testing {
 
@@ -108,19 +111,9 @@ class CliHomeOn : public Base {
     void writeImage(const std::string& name, int address, int records) {
         std::ofstream f(home / name);
         for (int r = 0; r < records; ++r) {
-            const int a = address + 16 * r;
-            int sum = 16 + ((a >> 8) & 0xFF) + (a & 0xFF);
-            char buf[16];
-            std::snprintf(buf, sizeof buf, ":10%04X00", a & 0xFFFF);
-            f << buf;
-            for (int i = 0; i < 16; ++i) {
-                const int b = (r * 5 + 1 + i * 13) & 0xFF;
-                sum += b;
-                std::snprintf(buf, sizeof buf, "%02X", b);
-                f << buf;
-            }
-            std::snprintf(buf, sizeof buf, "%02X", (-sum) & 0xFF);
-            f << buf << "\n";
+            std::vector<int> bytes;
+            for (int i = 0; i < 16; ++i) bytes.push_back((r * 5 + 1 + i * 13) & 0xFF);
+            f << HexRecord(address + 16 * r, bytes);
         }
         f << ":00000001FF\n";
     }
