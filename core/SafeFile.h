@@ -21,5 +21,9 @@ struct SafeWriteResult {
 [[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes);
 [[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path,
                                           std::span<const unsigned char> bytes);
+// Replaces the file at path by the pieces one after the other (written
+// with few calls and without first joining them in memory).
+[[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path,
+                                          std::span<const std::string_view> pieces);
 
 }  // namespace vortelm

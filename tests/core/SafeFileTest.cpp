@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "TempDir.h"
 
@@ -31,6 +33,23 @@ TEST(SafeFile, CreatesANewFile) {
     EXPECT_TRUE(r.ok);
     EXPECT_EQ(Slurp(dir.file("a.bin")), std::string("abc\0d", 5));
     EXPECT_EQ(EntriesIn(dir.path), 1u);  // no temporary file left behind
+}
+
+TEST(SafeFile, WritesPiecesInOrderPastTheLimitOfOneCall) {
+    testing::TempDir dir;
+    // More pieces than one gathered write takes, some of them empty.
+    std::vector<std::string> texts;
+    std::string expected;
+    for (int i = 0; i < 3000; ++i) {
+        texts.push_back(i % 7 == 0 ? std::string() : std::to_string(i) + ",");
+        expected += texts.back();
+    }
+    std::vector<std::string_view> pieces(texts.begin(), texts.end());
+    ASSERT_TRUE(ReplaceFile(dir.file("p.txt"), pieces).ok);
+    EXPECT_EQ(Slurp(dir.file("p.txt")), expected);
+    EXPECT_EQ(EntriesIn(dir.path), 1u);
+    ASSERT_TRUE(ReplaceFile(dir.file("p.txt"), std::span<const std::string_view>()).ok);
+    EXPECT_EQ(Slurp(dir.file("p.txt")), "");
 }
 
 TEST(SafeFile, ReplacesAndKeepsThePermissions) {
