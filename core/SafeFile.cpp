@@ -71,7 +71,7 @@ bool WriteAllPieces(int fd, std::span<const std::string_view> pieces) {
 }
 
 template <class Write>
-SafeWriteResult Replace(const std::string& path, Write&& writeAll) {
+SafeWriteResult Replace(const std::string& path, bool sync, Write&& writeAll) {
     const size_t slash = path.rfind('/');
     const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
     const std::string folder = FolderOf(path);
@@ -90,7 +90,7 @@ SafeWriteResult Replace(const std::string& path, Write&& writeAll) {
         ::umask(mask);
         (void)::fchmod(fd, 0666 & ~mask);
     }
-    if (!writeAll(fd) || ::fsync(fd) != 0) {
+    if (!writeAll(fd) || (sync && ::fsync(fd) != 0)) {
         const int error = errno;
         ::close(fd);
         ::unlink(temp.c_str());
@@ -106,6 +106,7 @@ SafeWriteResult Replace(const std::string& path, Write&& writeAll) {
         ::unlink(temp.c_str());
         return Failed(error);
     }
+    if (!sync) return {true, {}};
     const int dir = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dir >= 0) {
         (void)::fsync(dir);
@@ -117,11 +118,15 @@ SafeWriteResult Replace(const std::string& path, Write&& writeAll) {
 }  // namespace
 
 SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes) {
-    return Replace(path, [&](int fd) { return WriteAll(fd, bytes.data(), bytes.size()); });
+    return Replace(path, true, [&](int fd) { return WriteAll(fd, bytes.data(), bytes.size()); });
+}
+
+SafeWriteResult ReplaceFileUnsynced(const std::string& path, std::string_view bytes) {
+    return Replace(path, false, [&](int fd) { return WriteAll(fd, bytes.data(), bytes.size()); });
 }
 
 SafeWriteResult ReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
-    return Replace(path, [&](int fd) { return WriteAllPieces(fd, pieces); });
+    return Replace(path, true, [&](int fd) { return WriteAllPieces(fd, pieces); });
 }
 
 SafeWriteResult ReplaceFile(const std::string& path, std::span<const unsigned char> bytes) {

@@ -436,7 +436,13 @@ int ReadSfrFile(ProgramState& st, std::string_view path) {
 
 bool WriteSfrCache(const ProgramState& st, std::string_view cachePath) {
     // The whole cache replaces the old one in one step: a reader never finds
-    // half a cache with a newer time than its .SFR file.
+    // half a cache with a newer time than its .SFR file. It is not synced to
+    // the disk: it is made again from the .SFR file whenever it is missing
+    // or older, and the syncs of its 5 MB for a large table would double the
+    // wall time of every cold load. The usual file systems write a file's
+    // data before a rename over an older file takes effect; where one does
+    // not, a power loss right after a load can leave a short cache, and
+    // deleting the .sb file (or touching the .SFR file) makes it again.
     std::string out;
     const int32_t n = std::clamp<int32_t>(st.sfrCount, 0, kSfrBound + 1);
     out.reserve(static_cast<size_t>(n) * kSfrCacheRecordSize);
@@ -454,7 +460,7 @@ bool WriteSfrCache(const ProgramState& st, std::string_view cachePath) {
         PutLe<int16_t>(out, r.extended);
         out.append(kSfrCacheRecordSize - (out.size() - begin), '\0');
     }
-    return ReplaceFile(NativePath(ResolveInProgramFolder(st, cachePath)), out).ok;
+    return ReplaceFileUnsynced(NativePath(ResolveInProgramFolder(st, cachePath)), out).ok;
 }
 
 void ReadSfrCache(ProgramState& st, std::string_view cachePath) {

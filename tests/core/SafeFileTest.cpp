@@ -52,6 +52,19 @@ TEST(SafeFile, WritesPiecesInOrderPastTheLimitOfOneCall) {
     EXPECT_EQ(Slurp(dir.file("p.txt")), "");
 }
 
+TEST(SafeFile, AnUnsyncedReplaceIsStillWholeAndLeavesNoTemporary) {
+    testing::TempDir dir;
+    dir.write("c.sb", "old cache");
+    ASSERT_EQ(::chmod(dir.file("c.sb").c_str(), 0600), 0);
+    ASSERT_TRUE(ReplaceFileUnsynced(dir.file("c.sb"), std::string_view("new\0", 4)).ok);
+    EXPECT_EQ(Slurp(dir.file("c.sb")), std::string("new\0", 4));
+    struct stat st {};
+    ASSERT_EQ(::stat(dir.file("c.sb").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0600u);
+    EXPECT_EQ(EntriesIn(dir.path), 1u);
+    EXPECT_FALSE(ReplaceFileUnsynced(dir.file("no/such/folder/c.sb"), "x").ok);
+}
+
 TEST(SafeFile, ReplacesAndKeepsThePermissions) {
     testing::TempDir dir;
     dir.write("a.ini", "old contents that are longer");
