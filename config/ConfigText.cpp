@@ -84,11 +84,6 @@ std::string RemoveSpaces(std::string_view text) {
     return out;
 }
 
-bool SameText(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    return UpperCase(a) == UpperCase(b);
-}
-
 void ReportMissingFile(ProgramState& st, std::string_view name) {
     Text2Buffer(st, CrLf() + "*ERROR: File " + std::string(name) + " not found");
 }

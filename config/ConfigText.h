@@ -37,9 +37,6 @@ bool WriteFileAtomically(const ProgramState& st, std::string_view name, std::str
 // Removes every space.
 [[nodiscard]] std::string RemoveSpaces(std::string_view text);
 
-// Case-insensitive equality of two texts.
-[[nodiscard]] bool SameText(std::string_view a, std::string_view b);
-
 // "\r\n*ERROR: File <name> not found" to the running text.
 void ReportMissingFile(ProgramState& st, std::string_view name);
 

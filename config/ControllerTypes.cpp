@@ -94,7 +94,7 @@ int16_t ControllerFamilyCode(std::string_view family) {
 
 int ControllerIndexByName(const ProgramState& st, std::string_view name) {
     for (int i = 0; i < st.controllerTypeCount && i <= kControllerTypeBound; ++i)
-        if (config::SameText(st.controllerTypes[i].name, name)) return i;
+        if (EqualUpper(st.controllerTypes[i].name, name)) return i;
     return -1;
 }
 
@@ -346,7 +346,7 @@ MemoryPosition FindMemoryPosition(const ProgramState& st, int32_t address) {
 
 int MemoryUnitIndexByName(const ProgramState& st, std::string_view name) {
     for (int i = 0; i < st.memoryUnitCount && i <= kMemoryUnitBound; ++i)
-        if (config::SameText(st.memoryUnits[i].name, name)) return i;
+        if (EqualUpper(st.memoryUnits[i].name, name)) return i;
     return -1;
 }
 

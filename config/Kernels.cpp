@@ -104,13 +104,13 @@ bool WriteKernels(const ProgramState& st, std::string_view path) {
 
 int KernelIndexByName(const ProgramState& st, std::string_view name) {
     for (int i = 0; i < st.kernelCount && i <= kKernelBound; ++i)
-        if (config::SameText(st.kernels[i].name, name)) return i;
+        if (EqualUpper(st.kernels[i].name, name)) return i;
     return -1;
 }
 
 int KernelIndexByMonitorPath(const ProgramState& st, std::string_view path) {
     for (int i = 0; i < st.kernelCount && i <= kKernelBound; ++i)
-        if (config::SameText(st.kernels[i].monitorPath, path)) return i;
+        if (EqualUpper(st.kernels[i].monitorPath, path)) return i;
     return -1;
 }
 

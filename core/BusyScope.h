@@ -1,6 +1,7 @@
 #pragma once
 // The hourglass for the length of a scope: on when made, off when left, also
-// when the scope ends by an error.
+// when the scope ends by an error. An operation that asks the operator a
+// question in between takes it off and puts it on again.
 
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -13,6 +14,8 @@ class BusyScope {
     ~BusyScope() { st_.host->setBusy(false); }
     BusyScope(const BusyScope&) = delete;
     BusyScope& operator=(const BusyScope&) = delete;
+    void on() { st_.host->setBusy(true); }
+    void off() { st_.host->setBusy(false); }
 
   private:
     ProgramState& st_;

@@ -227,6 +227,19 @@ bool EqualUpper(std::string_view a, std::string_view b) {
     return true;
 }
 
+std::string DateStamp(std::time_t when) {
+    std::tm t{};
+    localtime_r(&when, &t);
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%04d%02d%02d_%02d%02d%02d", t.tm_year + 1900, t.tm_mon + 1,
+                  t.tm_mday, t.tm_hour, t.tm_min, t.tm_sec);
+    return buf;
+}
+
+std::string DateStamp() {
+    return DateStamp(std::time(nullptr));
+}
+
 namespace {
 std::vector<std::string> Words(std::string_view line) {
     std::vector<std::string> words;

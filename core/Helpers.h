@@ -4,6 +4,7 @@
 // the functions speak of positions.
 
 #include <cstdint>
+#include <ctime>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -46,6 +47,10 @@ void NormaliseScriptLine(std::string& line);
 [[nodiscard]] std::string UpperCase(std::string_view text);
 // UpperCase(a) == UpperCase(b), without building either.
 [[nodiscard]] bool EqualUpper(std::string_view a, std::string_view b);
+
+// The local date and time as "YYYYMMDD_hhmmss": of now, or of the given time.
+[[nodiscard]] std::string DateStamp();
+[[nodiscard]] std::string DateStamp(std::time_t when);
 
 // ---- command line words (blank or tab separated; a trailing blank starts an empty word)
 [[nodiscard]] int16_t StartupArgumentCount(std::string_view commandLine);

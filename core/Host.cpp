@@ -8,6 +8,7 @@
 #include <map>
 #include <random>
 
+#include "core/Helpers.h"
 #include "core/ProgramState.h"
 
 namespace vortelm {
@@ -56,12 +57,7 @@ std::string Host::timeText() {
 }
 
 std::string Host::timestampText() {
-    std::time_t t = std::time(nullptr);
-    std::tm tm{};
-    localtime_r(&t, &tm);
-    char buf[32];
-    std::strftime(buf, sizeof buf, "%Y%m%d_%H%M%S", &tm);
-    return buf;
+    return DateStamp();
 }
 
 double Host::secondsSinceMidnight() {

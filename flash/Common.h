@@ -7,6 +7,7 @@
 #include <span>
 #include <string_view>
 
+#include "core/BusyScope.h"
 #include "core/ProgramState.h"
 #include "flash/Flash.h"
 
@@ -17,18 +18,7 @@ namespace vortelm::flash::detail {
 
 // The busy pointer while it lives; the default pointer when it ends, also
 // when a bound error ends the operation.
-class Busy {
-  public:
-    explicit Busy(ProgramState& st);
-    ~Busy();
-    Busy(const Busy&) = delete;
-    Busy& operator=(const Busy&) = delete;
-    void on();
-    void off();
-
-  private:
-    ProgramState& st_;
-};
+using Busy = BusyScope;
 
 // Loads the unit's driver unless it is the one loaded: 0 or LoadDriver's
 // failure. The busy pointer is set again after a load.

@@ -10,7 +10,7 @@
 #include "flash/Common.h"
 #include "flash/Flash.h"
 #include "image/Dump.h"
-#include "image/HexFile.h"
+#include "image/ImageLoad.h"
 #include "image/Selections.h"
 #include "link/ComPort.h"
 #include "link/Monitor.h"
@@ -23,19 +23,6 @@ namespace detail {
 int CheckConnectedWithDriverFeatures(ProgramState& st) {
     if (int r = target::CheckPreconditions(st, "CALL"); r != 0) return r;
     return target::CheckPreconditions(st, "WRITEBLOCK");
-}
-
-Busy::Busy(ProgramState& st) : st_(st) {
-    on();
-}
-Busy::~Busy() {
-    off();
-}
-void Busy::on() {
-    st_.host->setBusy(true);
-}
-void Busy::off() {
-    st_.host->setBusy(false);
 }
 
 int EnsureDriver(target::Target& t, Busy& busy, std::string_view operationName, int unit) {
@@ -204,12 +191,7 @@ int LoadDriver(target::Target& t, std::string_view operationName, int unit) {
         RestoreSelections(st.selections);
         return code;
     };
-    try {
-        ReadHexFile(st, file);
-    } catch (const RunTimeError& e) {
-        Text2Buffer(st, "\r\n*ERROR: " + std::string(e.what()));
-        return fail(-1);
-    }
+    LoadImageFile(st, file, t.readHex);  // a bound error is its line and an empty list
     if (st.selections.count < 1) {
         Text2Buffer(st, "\r\n*ERROR: driver " + file + " holds no data");
         return fail(-1);

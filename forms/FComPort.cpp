@@ -37,7 +37,12 @@ void FComPort::initialize() {
     port_.AddComports(1, st.COMPORTS);
     portItems = port_.portList;
     comPortCount = int(portItems.size());
-    for (const link::PortInfo& p : link::ListPorts()) portItems.push_back(p.path);
+    portLines = portItems;
+    for (const link::PortInfo& p : link::ListPorts()) {
+        portItems.push_back(p.path);
+        portLines.push_back(p.path.rfind("sim:", 0) == 0 ? "sim:  (the virtual board)"
+                                                         : link::PortLine(p));
+    }
     baudItems.clear();
     for (int32_t rate : kBaudRates) baudItems.push_back(std::to_string(rate));
     parityItems = {"none", "odd", "even"};

@@ -29,6 +29,9 @@ class FComPort {
     // and "sim:". An index below comPortCount is a COM number (index + 1);
     // the others name a device.
     std::vector<std::string> portItems;
+    // What the list shows for each entry: the COM names, and for a device
+    // its path with what is known about it (one enumeration for both lists).
+    std::vector<std::string> portLines;
     int comPortCount = 0;
     int DPortNumber = -1;
     std::vector<std::string> baudItems;

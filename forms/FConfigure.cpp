@@ -9,6 +9,7 @@
 #include "core/RunTimeError.h"
 #include "sfr/SfrSets.h"
 #include "sfr/SfrTable.h"
+#include "target/Target.h"
 
 namespace vortelm::forms {
 
@@ -187,6 +188,12 @@ void FConfigure::DMCType_Click(std::string_view type) {
         SelectDefaultKernel(st_);
     if (Yes(st_, "Do you want to load default initialization registers of this Type ?"))
         SetDefaultInitRegisters();
+}
+
+void DisconnectAfterControllerChange(target::Target& t, std::string_view oldType,
+                                     int32_t oldClock) {
+    if (t.st.MCTYPE == oldType && t.st.CLK == oldClock) return;
+    (void)target::disconnect(t);
 }
 
 void FConfigure::BOk() {

@@ -13,6 +13,9 @@
 namespace vortelm {
 struct ProgramState;
 }
+namespace vortelm::target {
+struct Target;
+}
 
 namespace vortelm::forms {
 
@@ -47,6 +50,12 @@ constexpr const char* kNoValidDecimal = "No valid decimal Number";
 // address by name; the record is kept only for a GENERIC name or an
 // address of at least 1.
 void AddInitRegister(ProgramState& st, std::string_view name, int32_t address, int32_t value);
+
+// After OK: a new controller type or clock closes the port (as a disconnect
+// does), so that the next connect opens it for the new type. A core started
+// for the old type is no longer the program's partner, and the virtual board
+// is made for the type the port is opened with.
+void DisconnectAfterControllerChange(target::Target& t, std::string_view oldType, int32_t oldClock);
 
 class FConfigure {
   public:

@@ -82,6 +82,7 @@ std::string FMemory::AddRegion(std::string_view start, std::string_view length,
         r.mapMask = mapMask.empty() ? 0 : HexValue(mapMask);
         r.mapRegister = std::string(mapRegister);
     }
+    StoreFields();
     RefreshAll();
     return {};
 }
@@ -96,6 +97,7 @@ std::string FMemory::AddActivate(std::string_view reg, std::string_view mask) {
     u.activateRegisters[static_cast<size_t>(u.activateCount)] = std::string(reg);
     u.activateMasks[static_cast<size_t>(u.activateCount)] = HexValue(mask);
     ++u.activateCount;
+    StoreFields();
     RefreshAll();
     return {};
 }
@@ -104,6 +106,7 @@ void FMemory::AddFeature(std::string_view feature) {
     MemoryUnit& u = st_.memoryUnitCopy;
     CheckBound(u.featureCount, static_cast<long long>(u.features.size()) - 1, "driver feature");
     u.features[static_cast<size_t>(u.featureCount++)] = std::string(feature);
+    StoreFields();
     RefreshAll();
 }
 
@@ -113,6 +116,7 @@ void FMemory::RemoveSection(int index) {
     for (int s = index; s + 1 < u.sectionCount; ++s)
         u.sections[static_cast<size_t>(s)] = u.sections[static_cast<size_t>(s + 1)];
     --u.sectionCount;
+    StoreFields();
     RefreshAll();
 }
 
@@ -125,6 +129,7 @@ void FMemory::RemoveActivate(int index) {
         u.activateMasks[static_cast<size_t>(i)] = u.activateMasks[static_cast<size_t>(i + 1)];
     }
     --u.activateCount;
+    StoreFields();
     RefreshAll();
 }
 
@@ -134,10 +139,11 @@ void FMemory::RemoveFeature(int index) {
     for (int i = index; i + 1 < u.featureCount; ++i)
         u.features[static_cast<size_t>(i)] = u.features[static_cast<size_t>(i + 1)];
     --u.featureCount;
+    StoreFields();
     RefreshAll();
 }
 
-void FMemory::BOk() {
+void FMemory::StoreFields() {
     MemoryUnit& u = st_.memoryUnitCopy;
     u.name = TName;
     u.type = DType;
@@ -146,6 +152,11 @@ void FMemory::BOk() {
         u.burstSize = static_cast<int16_t>(HexValue(TBurstsize));
     u.driverPath = TDriverPath;
     u.driverMode = static_cast<int16_t>(DDriverMode);
+}
+
+void FMemory::BOk() {
+    StoreFields();
+    const MemoryUnit& u = st_.memoryUnitCopy;
     CheckBound(unit_, st_.memoryUnitCount - 1, "memory unit");
     st_.memoryUnits[static_cast<size_t>(unit_)] = u;
 }

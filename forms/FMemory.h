@@ -58,6 +58,10 @@ class FMemory {
     std::vector<std::string> LFeatures;
 
   private:
+    // The fields go to the copy, so that a list redrawn from it keeps what
+    // was typed before.
+    void StoreFields();
+
     ProgramState& st_;
     int unit_;
 };

@@ -14,17 +14,4 @@ std::string IndexedFileName(std::string_view name, int32_t address) {
     return std::string(first) + HexText(address, 6) + second;
 }
 
-std::string DateStamp(std::time_t when) {
-    std::tm t{};
-    localtime_r(&when, &t);
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%04d%02d%02d_%02d%02d%02d", t.tm_year + 1900, t.tm_mon + 1,
-                  t.tm_mday, t.tm_hour, t.tm_min, t.tm_sec);
-    return buf;
-}
-
-std::string DateStamp() {
-    return DateStamp(std::time(nullptr));
-}
-
 }  // namespace vortelm

@@ -54,23 +54,6 @@ int32_t ValOf(std::string_view text) {
     return static_cast<int32_t>(v);
 }
 
-// The upper case of a character as std::toupper gives it, without its call
-// for the ASCII letters and characters (every lookup of a script's operands
-// compares names).
-int UpperOf(unsigned char c) {
-    if (c < 0x80) return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c;
-    return std::toupper(c);
-}
-
-bool SameUpper(std::string_view stored, std::string_view wanted) {
-    if (stored.size() != wanted.size()) return false;
-    for (size_t i = 0; i < stored.size(); ++i)
-        if (UpperOf(static_cast<unsigned char>(stored[i])) !=
-            UpperOf(static_cast<unsigned char>(wanted[i])))
-            return false;
-    return true;
-}
-
 // The loader: the table and, while it is unsorted, the first index of each
 // name (what the linear lookup finds).
 //
@@ -521,8 +504,9 @@ int32_t SearchedCount(const ProgramState& st) {
 int32_t SfrIndexByName(const ProgramState& st, std::string_view name) {
     const int32_t count = SearchedCount(st);
     const SfrRecord* table = st.sfrTable.data();
+    // The length is compared first, here: most names differ in it.
     for (int32_t i = 0; i < count; ++i)
-        if (table[i].name.size() == name.size() && SameUpper(table[i].name, name)) return i;
+        if (table[i].name.size() == name.size() && EqualUpper(table[i].name, name)) return i;
     return -1;
 }
 

@@ -9,7 +9,7 @@
 #include <QVBoxLayout>
 
 #include "link/ComPort.h"
-#include "link/Ports.h"
+#include "ui/Scaling.h"
 
 namespace vortelm::ui {
 
@@ -31,16 +31,7 @@ FComPort::FComPort(link::ComPort& port, QWidget* parent) : QDialog(parent), form
 
     // The list shows what is known about each device beside its path; the
     // entry's index is what the dialog stores.
-    portNumber_ = List("DPortNumber", form_.portItems, form_.DPortNumber);
-    const std::vector<link::PortInfo> known = link::ListPorts();
-    for (int i = form_.comPortCount; i < static_cast<int>(form_.portItems.size()); ++i) {
-        const std::string& item = form_.portItems[static_cast<size_t>(i)];
-        for (const link::PortInfo& p : known)
-            if (p.path == item)
-                portNumber_->setItemText(i, QString::fromStdString(link::PortLine(p)));
-        if (item.rfind("sim:", 0) == 0)
-            portNumber_->setItemText(i, QStringLiteral("sim:  (the virtual board)"));
-    }
+    portNumber_ = List("DPortNumber", form_.portLines, form_.DPortNumber);
     auto* baud = List("DBaudrate", form_.baudItems, form_.DBaudrate);
     auto* parity = List("DParity", form_.parityItems, form_.DParity);
     auto* data = List("DData", form_.dataItems, form_.DData);
@@ -94,6 +85,7 @@ FComPort::FComPort(link::ComPort& port, QWidget* parent) : QDialog(parent), form
     lay->addLayout(formLayout);
     lay->addWidget(buttons);
     setMinimumWidth(480);
+    ScaleNewForm(this);
 }
 
 FComPort::~FComPort() = default;

@@ -9,6 +9,8 @@
 #include <QScrollBar>
 #include <QVBoxLayout>
 
+#include "ui/Scaling.h"
+
 namespace vortelm::ui {
 
 namespace {
@@ -79,6 +81,7 @@ FDisassemble::FDisassemble(ProgramState& st, link::ComPort& port, QWidget* paren
         show();
         raise();
     };
+    ScaleNewForm(this);
 }
 
 FDisassemble::~FDisassemble() {
@@ -129,6 +132,13 @@ void FDisassemble::closeEvent(QCloseEvent* event) {
     // Closing the window takes every breakpoint out of the code.
     logic_->Form_Unload();
     QDialog::closeEvent(event);
+}
+
+void FDisassemble::reject() {
+    // Esc hides a dialog without a close event: the breakpoints come out of
+    // the code here too, or the patches would stay in target memory.
+    logic_->Form_Unload();
+    QDialog::reject();
 }
 
 bool FDisassemble::eventFilter(QObject* watched, QEvent* event) {

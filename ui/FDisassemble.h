@@ -34,6 +34,10 @@ class FDisassemble : public QDialog {
     // Draws the lists and the selection from the logic.
     void draw();
 
+  public slots:
+    // Esc and Cancel end the window the way closing it does.
+    void reject() override;
+
   protected:
     void closeEvent(QCloseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;

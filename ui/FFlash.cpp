@@ -8,6 +8,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "ui/Scaling.h"
+
 namespace vortelm::ui {
 
 FFlash::FFlash(ProgramState& st, target::Target& t, QWidget* parent)
@@ -65,6 +67,7 @@ FFlash::FFlash(ProgramState& st, target::Target& t, QWidget* parent)
     lay->addWidget(password_);
     lay->addWidget(buttons);
     resize(460, 420);
+    ScaleNewForm(this);
 }
 
 void FFlash::setfeature(std::string_view feature1) {

@@ -8,22 +8,27 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <cmath>
 #include <functional>
 
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "ui/Colours.h"
+#include "ui/Scaling.h"
 
 namespace vortelm::ui {
 
 namespace {
 
-// The form's units are twips: fifteen to a pixel.
+// The form's units are twips: fifteen to a pixel at the designed size. The
+// sizes set when the form is made grow with it (ScaleNewForm); the boxes
+// placed later take the present scale here.
 int Px(int units) {
     return units / 15;
 }
 
-QColor Rgb(uint32_t c) {
-    return QColor((c >> 16) & 0xFF, (c >> 8) & 0xFF, c & 0xFF);
+int ScaledPx(int units) {
+    return static_cast<int>(std::lround(units / 15.0 * AppliedScale()));
 }
 
 }  // namespace
@@ -36,7 +41,8 @@ FSFRChange::FSFRChange(ProgramState& st, link::ComPort* port, QWidget* parent)
 
     name_ = new QLabel;
     name_->setObjectName(QStringLiteral("LSfrName"));
-    QFont bold = name_->font();
+    // Only the weight: the size follows the application's (scaled) font.
+    QFont bold;
     bold.setBold(true);
     name_->setFont(bold);
     value_ = new QLineEdit;
@@ -93,6 +99,7 @@ FSFRChange::FSFRChange(ProgramState& st, link::ComPort* port, QWidget* parent)
     lay->addLayout(top);
     lay->addWidget(bits_);
     lay->addLayout(buttons);
+    ScaleNewForm(this);
 }
 
 void FSFRChange::guarded(const std::function<void()>& work) {
@@ -117,11 +124,12 @@ void FSFRChange::draw() {
         QLineEdit* b = boxes_[static_cast<size_t>(i)];
         b->setVisible(m.visible);
         if (!m.visible) continue;
-        b->setGeometry(Px(m.left), 2, Px(m.width), Px(forms::FSFRChange::kBoxHeight));
+        b->setGeometry(ScaledPx(m.left), ScaledPx(30), ScaledPx(m.width),
+                       ScaledPx(forms::FSFRChange::kBoxHeight));
         b->setEnabled(m.enabled);
         QPalette p = b->palette();
-        p.setColor(QPalette::Base, Rgb(m.background));
-        p.setColor(QPalette::Window, Rgb(m.background));
+        p.setColor(QPalette::Base, ColourFromKey(static_cast<int32_t>(m.background)));
+        p.setColor(QPalette::Window, ColourFromKey(static_cast<int32_t>(m.background)));
         b->setPalette(p);
         b->setToolTip(QString::fromStdString(m.toolTip));
         const QString t = QString::fromStdString(m.text);

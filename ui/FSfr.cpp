@@ -11,6 +11,7 @@
 
 #include "core/RunTimeError.h"
 #include "core/Text.h"
+#include "ui/Scaling.h"
 
 namespace vortelm::ui {
 
@@ -60,6 +61,7 @@ FSfr::FSfr(ProgramState& st, link::ComPort* port, QWidget* parent)
     resize(300, 420);
     // the search box has the focus whenever the form has it
     setFocusProxy(search_);
+    ScaleNewForm(this);
 }
 
 void FSfr::get_preferences() {

@@ -6,6 +6,8 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include "ui/Scaling.h"
+
 namespace vortelm::ui {
 
 FTerminalSettings::FTerminalSettings(ProgramState& st, QWidget* parent)
@@ -37,6 +39,7 @@ FTerminalSettings::FTerminalSettings(ProgramState& st, QWidget* parent)
         hex_->setChecked(true);
     else
         ascii_->setChecked(true);
+    ScaleNewForm(this);
 }
 
 void FTerminalSettings::BOk_Click() {

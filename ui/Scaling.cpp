@@ -2,11 +2,14 @@
 
 #include <QApplication>
 #include <QFont>
+#include <QToolBar>
 #include <QVariant>
 #include <QWidget>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 namespace vortelm::ui {
 
@@ -27,6 +30,10 @@ QFont Scaled(QFont f, double factor) {
     return f;
 }
 
+double TextSize(const QFont& f) {
+    return f.pointSizeF() > 0 ? f.pointSizeF() : f.pixelSize();
+}
+
 int ScaledLength(int length, double factor, int unset) {
     if (length == unset || length <= 0) return length;
     return std::max(1, static_cast<int>(std::lround(length * factor)));
@@ -35,17 +42,41 @@ int ScaledLength(int length, double factor, int unset) {
 // One window and its controls: explicit fonts, fixed and least sizes.
 // Controls without such properties are left as they are.
 void ScaleTree(QWidget* form, double x, double y) {
-    QList<QWidget*> widgets = form->findChildren<QWidget*>();
-    widgets.prepend(form);
+    // A window not yet shown and never sized takes its size from its layout
+    // when it shows: only a size that is already there is scaled.
+    const QSize size = form->size();
+    const bool sized = form->isVisible() || form->testAttribute(Qt::WA_Resized);
+    // The controls of this window only: a window inside it (a list's
+    // popup) is scaled as a window of its own, or follows its owner.
+    QList<QWidget*> widgets;
+    widgets.append(form);
+    for (QWidget* w : form->findChildren<QWidget*>())
+        if (w->window() == form) widgets.append(w);
+    // A font that sets its own size (or inherits one from a control that
+    // does) is scaled here, from the size it had before anything changed: a
+    // control that inherits the new size from its parent meanwhile is left
+    // alone, so nothing grows twice. A font that sets only its family or
+    // weight takes its size from the application's font, scaled already.
+    std::vector<std::pair<QWidget*, QFont>> sizedFonts;
+    for (QWidget* w : widgets)
+        if (w->testAttribute(Qt::WA_SetFont) && (w->font().resolveMask() & QFont::SizeResolved))
+            sizedFonts.emplace_back(w, Scaled(w->font(), y));
+    for (auto& [w, font] : sizedFonts)
+        if (TextSize(w->font()) != TextSize(font)) w->setFont(font);
     for (QWidget* w : widgets) {
-        if (w->testAttribute(Qt::WA_SetFont)) w->setFont(Scaled(w->font(), y));
+        // The pictures of a tool bar grow with their captions.
+        if (auto* bar = qobject_cast<QToolBar*>(w)) {
+            const QSize icon = bar->iconSize();
+            bar->setIconSize(
+                QSize(ScaledLength(icon.width(), x, 0), ScaledLength(icon.height(), y, 0)));
+        }
         const QSize min = w->minimumSize();
         const QSize max = w->maximumSize();
         w->setMinimumSize(ScaledLength(min.width(), x, 0), ScaledLength(min.height(), y, 0));
         w->setMaximumSize(ScaledLength(max.width(), x, QWIDGETSIZE_MAX),
                           ScaledLength(max.height(), y, QWIDGETSIZE_MAX));
     }
-    form->resize(ScaledLength(form->width(), x, 0), ScaledLength(form->height(), y, 0));
+    if (sized) form->resize(ScaledLength(size.width(), x, 0), ScaledLength(size.height(), y, 0));
 }
 
 }  // namespace
@@ -58,7 +89,11 @@ void ScaleForms(double xFactor, double yFactor) {
     const double factor = target / applied;
     if (std::abs(factor - 1.0) < 1e-9) return;
     QApplication::setFont(Scaled(QApplication::font(), factor));
-    for (QWidget* form : QApplication::topLevelWidgets()) ScaleTree(form, factor, factor);
+    for (QWidget* form : QApplication::topLevelWidgets()) {
+        // A popup (a list's drop-down, a menu) takes its font from its owner.
+        if (form->windowType() == Qt::Popup || form->windowType() == Qt::ToolTip) continue;
+        ScaleTree(form, factor, factor);
+    }
     qApp->setProperty(kScaleProperty, target);
 }
 

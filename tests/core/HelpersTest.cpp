@@ -10,6 +10,21 @@ namespace vortelm {
 
 using testing::TempDir;
 
+TEST(DateStamp, HasItsFixedForm) {
+    std::tm t{};
+    t.tm_year = 2024 - 1900;
+    t.tm_mon = 0;
+    t.tm_mday = 2;
+    t.tm_hour = 3;
+    t.tm_min = 4;
+    t.tm_sec = 5;
+    t.tm_isdst = -1;
+    EXPECT_EQ(DateStamp(std::mktime(&t)), "20240102_030405");
+    const std::string now = DateStamp();
+    ASSERT_EQ(now.size(), 15u);
+    EXPECT_EQ(now[8], '_');
+}
+
 TEST(HexValue, SixDigitLimit) {
     EXPECT_EQ(HexValue("1000000"), -1);
     EXPECT_EQ(HexValue("0000001"), -1);  // seven digits, even with leading zeros

@@ -6,14 +6,18 @@
 #include <fstream>
 #include <sstream>
 
+#include "apps/SimOpener.h"
 #include "config/Kernels.h"
 #include "core/Helpers.h"
 #include "core/TestHost.h"
 #include "forms/FConfigure.h"
 #include "forms/FKernel.h"
 #include "forms/FMemory.h"
+#include "link/ComPort.h"
 #include "sfr/SfrTable.h"
 #include "shell/Program.h"
+#include "shell/Session.h"
+#include "target/Target.h"
 
 namespace vortelm::forms {
 namespace {
@@ -29,6 +33,7 @@ struct Configure : ::testing::Test {
         shell::ProgramOptions o;
         o.home = home + "/home";
         o.portOverride = "sim:";
+        apps::AddSimOpener(o.openers);
         program = std::make_unique<shell::Program>(host, o);
         program->StartUp();
         host.boxes.clear();
@@ -237,6 +242,57 @@ TEST_F(Configure, UnitFormAddsRegionsActivatesAndFeaturesAndOkStoresTheWholeUnit
     EXPECT_EQ(st().memoryUnitCount, unit);
 }
 
+TEST_F(Configure, ANewControllerTypeClosesThePortAndTheNextConnectMeetsTheNewBoard) {
+    target::Target& t = *program->session().target;
+    ASSERT_EQ(program->RunCommandBoxLine("_connect NOPROMPT"), 0) << host.terminal;
+    ASSERT_EQ(st().ConnectionState, kConnectedAndReady);
+    // OK without a change leaves the connection alone.
+    FConfigure f(st());
+    f.initialize();
+    f.get_preferences();
+    f.BOk();
+    DisconnectAfterControllerChange(t, "ALD7RK_BB", st().CLK);
+    EXPECT_EQ(st().ConnectionState, kConnectedAndReady);
+    EXPECT_TRUE(t.port.isOpen());
+
+    answer({MsgAnswer::Yes, MsgAnswer::Yes, MsgAnswer::Yes});
+    f.DMCType_Click("ZT7000_BB");
+    f.BOk();
+    DisconnectAfterControllerChange(t, "ALD7RK_BB", st().CLK);
+    EXPECT_EQ(st().ConnectionState, kNotConnected);
+    EXPECT_FALSE(t.port.isOpen());
+    EXPECT_NE(host.terminal.find("*disconnect: vortelm disconnected - comm port available"),
+              std::string::npos);
+    host.terminal.clear();
+    ASSERT_EQ(program->RunCommandBoxLine("_connect NOPROMPT"), 0) << host.terminal;
+    EXPECT_EQ(st().ConnectionState, kConnectedAndReady);
+    EXPECT_EQ(host.terminal.find("*ERROR"), std::string::npos) << host.terminal;
+}
+
+TEST_F(Configure, FieldsTypedBeforeAListChangeStay) {
+    FConfigure f(st());
+    f.get_preferences();
+    FMemory m(st(), f.BMemoryAdd());
+    m.GetMemUnit();
+    m.TName = "EXTRA";
+    m.DType = "XRAM";
+    m.TBlank = "A5";
+    EXPECT_EQ(m.AddRegion("10000", "100", "", "", ""), "");
+    EXPECT_EQ(m.TName, "EXTRA");
+    EXPECT_EQ(m.DType, "XRAM");
+    EXPECT_EQ(m.TBlank, "A5");
+    m.TName = "OTHER";
+    m.AddFeature("ERASE");
+    EXPECT_EQ(m.TName, "OTHER");
+    m.TBurstsize = "0020";
+    m.RemoveFeature(0);
+    EXPECT_EQ(m.TBurstsize, "0020");
+    // A blank that fails its check keeps the last good one.
+    m.TBlank = "X";
+    EXPECT_EQ(m.AddActivate("FF00", "1"), "");
+    EXPECT_EQ(m.TBlank, "A5");
+}
+
 TEST_F(Configure, KernelListRemoveAndEditRules) {
     FKernel k(st());
     k.RefreshKernelList();
@@ -265,6 +321,23 @@ TEST_F(Configure, RemovingTheCurrentKernelFallsBackToTheControllersDefault) {
     answer({MsgAnswer::Yes});
     k.BRemove(small);
     EXPECT_EQ(st().kernels[static_cast<size_t>(st().CurrentKernel)].name, "ALD4_DEFAULT");
+}
+
+TEST_F(Configure, AKernelFileTheReaderRefusesIsOneLineAndNoRange) {
+    // an extended linear address the image cannot hold
+    std::ofstream(home + "/home/BAD.HEX") << ":020000048000FA\r\n:00000001FF\r\n";
+    FKernel k(st());
+    FKernelEdit e(st(), k.BAdd());
+    e.TVortelmPath = "BAD.HEX";
+    st().terminalBuffer.clear();
+    const std::string start = e.TStart;
+    e.TVortelmPath_LostFocus();
+    EXPECT_EQ(st().selections.count, 0);
+    EXPECT_EQ(e.TStart, start);
+    EXPECT_NE(st().terminalBuffer.find(
+                  "*ERROR: Intel HEX extended linear address 8000 overflow in line 1"),
+              std::string::npos)
+        << st().terminalBuffer;
 }
 
 TEST_F(Configure, ANewKernelIsCheckedStoredAndWrittenToTheKernelFile) {

@@ -48,6 +48,12 @@ TEST_F(FComPortTest, ListsInTheirOrder) {
     EXPECT_EQ(form.portItems[0], "COM1");
     EXPECT_EQ(form.portItems[15], "COM16");
     EXPECT_EQ(form.portItems.back(), "sim:");
+    // The shown lines stand beside the entries, from the same enumeration.
+    ASSERT_EQ(form.portLines.size(), form.portItems.size());
+    EXPECT_EQ(form.portLines[0], "COM1");
+    EXPECT_EQ(form.portLines.back(), "sim:  (the virtual board)");
+    for (size_t i = 16; i + 1 < form.portItems.size(); ++i)
+        EXPECT_EQ(form.portLines[i].rfind(form.portItems[i], 0), 0u) << form.portLines[i];
 }
 
 TEST_F(FComPortTest, ControlsStoreTheirValues) {

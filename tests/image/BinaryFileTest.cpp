@@ -129,20 +129,5 @@ TEST(FileNames, IndexedFileNameSplitsAtTheFirstDot) {
     EXPECT_EQ(IndexedFileName("x.hex", 0x1234567), "x1234567.hex");
 }
 
-TEST(FileNames, DateStampHasItsFixedForm) {
-    std::tm t{};
-    t.tm_year = 2024 - 1900;
-    t.tm_mon = 0;
-    t.tm_mday = 2;
-    t.tm_hour = 3;
-    t.tm_min = 4;
-    t.tm_sec = 5;
-    t.tm_isdst = -1;
-    EXPECT_EQ(DateStamp(std::mktime(&t)), "20240102_030405");
-    const std::string now = DateStamp();
-    ASSERT_EQ(now.size(), 15u);
-    EXPECT_EQ(now[8], '_');
-}
-
 }  // namespace
 }  // namespace vortelm

@@ -9,6 +9,7 @@
 #include <sstream>
 #include <vector>
 
+#include "link/Monitor.h"
 #include "tests/ui/UiFixture.h"
 #include "ui/FDisassemble.h"
 
@@ -45,19 +46,38 @@ void ClickRow(QListWidget* list, int row) {
     QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, r.center());
 }
 
-TEST_F(DebugWindow, BreakpointStopsTheRoutineAndStepAdvancesOneInstruction) {
-    std::ofstream(st().programFolder + "/r.hex")
+const std::vector<int> kSecondInstruction{0xE6, 0xF1, 0x78, 0x56};  // MOV R1,#5678h at FA04
+
+// The bytes the board holds, read back through the monitor.
+std::vector<int> BoardBytes(shell::Program& program, int32_t address, int count) {
+    link::Monitor mon(program.state(), program.port());
+    EXPECT_EQ(mon.Cmd_Read(address, count), 0);
+    std::vector<int> v;
+    for (int i = 0; i < count; ++i) v.push_back(ReadDumpByte(program.state().dump, address + i));
+    return v;
+}
+
+// Downloads the routine and opens the debug window on it.
+ui::FDisassemble* OpenOnRoutine(ProgramState& st, ui::FVortElm& window) {
+    std::ofstream(st.programFolder + "/r.hex")
         << Record(0xFA00, {0xE6, 0xF0, 0x34, 0x12, 0xE6, 0xF1, 0x78, 0x56, 0xCC, 0x00,
                            0xCC, 0x00, 0xF0, 0x10, 0xCC, 0x00, 0xCC, 0x00, 0x0D, 0xF6})
         << ":00000001FF\n";
-    auto* box = find<QComboBox>("TCommand");
-    Enter(box, "_connect NOPROMPT");
+    auto* box = window.findChild<QComboBox*>("TCommand");
+    EXPECT_NE(box, nullptr);
+    if (!box) return nullptr;
+    // Connect and Download are the tool bar's buttons; the file comes in
+    // through the command box.
+    QTest::mouseClick(window.findChild<QAbstractButton*>("BConnect"), Qt::LeftButton);
     Enter(box, "_load r.hex");
-    Enter(box, "_download");
-    ASSERT_EQ(st().ConnectionState, 1) << st().terminalBuffer;
+    QTest::mouseClick(window.findChild<QAbstractButton*>("BDownload"), Qt::LeftButton);
+    EXPECT_EQ(st.ConnectionState, 1) << st.terminalBuffer;
+    QTest::mouseClick(window.findChild<QAbstractButton*>("BDebug"), Qt::LeftButton);
+    return window.disassembleWindow();
+}
 
-    QTest::mouseClick(find<QAbstractButton>("BDebug"), Qt::LeftButton);
-    ui::FDisassemble* dlg = window->disassembleWindow();
+TEST_F(DebugWindow, BreakpointStopsTheRoutineAndStepAdvancesOneInstruction) {
+    ui::FDisassemble* dlg = OpenOnRoutine(st(), *window);
     ASSERT_NE(dlg, nullptr);
     EXPECT_TRUE(dlg->isVisible());
     EXPECT_EQ(dlg->windowTitle(), "Disassemble");
@@ -78,6 +98,10 @@ TEST_F(DebugWindow, BreakpointStopsTheRoutineAndStepAdvancesOneInstruction) {
     EXPECT_EQ(code->currentRow(), 1);
     EXPECT_TRUE(code->item(1)->isSelected());
     EXPECT_EQ(dlg->logic().DebugPC, 0xFA04);
+    // The board stopped at the patch, which stays laid; the row shows the
+    // code the patch saved.
+    EXPECT_EQ(BoardBytes(*program, 0xFA04, 1), std::vector<int>{0xDA});
+    EXPECT_EQ(code->item(1)->text(), "00FA04: MOV     R1,#5678h");
 
     int row = 1;
     for (int32_t expected : {0xFA08, 0xFA0A, 0xFA0C}) {
@@ -87,6 +111,12 @@ TEST_F(DebugWindow, BreakpointStopsTheRoutineAndStepAdvancesOneInstruction) {
         EXPECT_EQ(dlg->logic().DebugPC, expected);
         EXPECT_EQ(code->currentRow(), row);
         EXPECT_EQ(marks->item(1)->text(), "O");
+        if (expected == 0xFA08) {
+            // The step ran the saved instruction (a patch still lying at
+            // FA04 would have stopped the board there again) and laid the
+            // patch again behind it.
+            EXPECT_EQ(BoardBytes(*program, 0xFA04, 1), std::vector<int>{0xDA});
+        }
     }
     EXPECT_EQ(st().terminalBuffer.find("*ERROR"), std::string::npos) << st().terminalBuffer;
 
@@ -95,6 +125,33 @@ TEST_F(DebugWindow, BreakpointStopsTheRoutineAndStepAdvancesOneInstruction) {
     EXPECT_FALSE(dlg->isVisible());
     EXPECT_EQ(dlg->logic().breakpointCount, 0);
     EXPECT_EQ(ReadDumpByte(st().dump, 0xFA04), 0xE6);
+    EXPECT_EQ(BoardBytes(*program, 0xFA04, 4), kSecondInstruction);
+}
+
+TEST_F(DebugWindow, EscTakesTheBreakpointsOutOfTheCodeAsClosingDoes) {
+    ui::FDisassemble* dlg = OpenOnRoutine(st(), *window);
+    ASSERT_NE(dlg, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(dlg));
+    auto* marks = dlg->findChild<QListWidget*>("IBreakpoints");
+    ASSERT_NE(marks, nullptr);
+    ClickRow(marks, 1);
+    ClickRow(marks, 4);
+    ASSERT_EQ(dlg->logic().breakpointCount, 2);
+    EXPECT_EQ(BoardBytes(*program, 0xFA04, 1), std::vector<int>{0xDA});
+    QTest::keyClick(dlg->findChild<QListWidget*>("IDisassemble"), Qt::Key_Escape);
+    EXPECT_FALSE(dlg->isVisible());
+    EXPECT_EQ(dlg->logic().breakpointCount, 0);
+    EXPECT_EQ(BoardBytes(*program, 0xFA04, 4), kSecondInstruction);
+    EXPECT_EQ(BoardBytes(*program, 0xFA0C, 4), (std::vector<int>{0xF0, 0x10, 0xCC, 0x00}));
+
+    // Opened again, the window starts without breakpoints and Esc on it
+    // changes nothing on the board.
+    QTest::mouseClick(find<QAbstractButton>("BDebug"), Qt::LeftButton);
+    ASSERT_TRUE(dlg->isVisible());
+    EXPECT_EQ(dlg->findChild<QListWidget*>("IBreakpoints")->item(1)->text(), " ");
+    QTest::keyClick(dlg, Qt::Key_Escape);
+    EXPECT_FALSE(dlg->isVisible());
+    EXPECT_EQ(BoardBytes(*program, 0xFA04, 4), kSecondInstruction);
 }
 
 TEST_F(DebugWindow, CtrlCCopiesTheSelectedRows) {

@@ -1,11 +1,9 @@
 // The view, print, front-end settings and about forms on the offscreen
 // platform: opened from the menu, driven by their controls' names.
 
-#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
-#include <QLayout>
 #include <QListWidget>
 #include <QProcess>
 #include <QRadioButton>
@@ -13,6 +11,7 @@
 #include <cstdio>
 
 #include "image/Selections.h"
+#include "tests/ui/NothingCut.h"
 #include "tests/ui/UiFixture.h"
 #include "ui/Colours.h"
 #include "ui/FAbout.h"
@@ -48,28 +47,6 @@ struct Forms : UiTest {
     }
 };
 
-// Every visible control lies inside its form, and the form is at least as
-// large as its layout needs: nothing is cut off.
-void ExpectNothingCut(QWidget* form, const char* what) {
-    ASSERT_NE(form, nullptr);
-    if (form->layout()) {
-        EXPECT_GE(form->width(), form->layout()->minimumSize().width()) << what;
-        EXPECT_GE(form->height(), form->layout()->minimumSize().height()) << what;
-    }
-    for (QWidget* w : form->findChildren<QWidget*>()) {
-        if (!w->isVisible() || w->window() != form) continue;
-        bool scrolled = false;
-        for (QWidget* p = w->parentWidget(); p && p != form; p = p->parentWidget())
-            scrolled = scrolled || qobject_cast<QAbstractScrollArea*>(p) != nullptr;
-        if (scrolled) continue;  // a scroll area shows part of its contents by design
-        const QRect r(w->mapTo(form, QPoint(0, 0)), w->size());
-        EXPECT_TRUE(form->rect().contains(r))
-            << what << ": " << w->objectName().toStdString() << " " << r.x() << "," << r.y() << " "
-            << r.width() << "x" << r.height() << " outside " << form->width() << "x"
-            << form->height();
-    }
-}
-
 TEST_F(Forms, ViewWordShowsTheRowsAndCtrlCCopiesTheSelectedOnes) {
     selectBytes(0x100, {0x34, 0x12, 0x78});
     trigger("UViewWords");
@@ -98,7 +75,7 @@ std::string PdfText(const QString& pdf) {
     return p.readAllStandardOutput().toStdString();
 }
 
-TEST_F(Forms, PrintWritesTheStylesLinesToAPdf) {
+TEST_F(Forms, PrintWritesEachOfTheThreeStylesLinesToAPdf) {
     selectBytes(0x1000, {'O', 'K', 0x0D, 0x0A, 0x20, 0x41});
     trigger("UFilePrint");
     auto* print = form<ui::FPrint>("FPrint");
@@ -130,6 +107,25 @@ TEST_F(Forms, PrintWritesTheStylesLinesToAPdf) {
             << text;
         trigger("UFilePrint");
     }
+    // Assembler style, from a selection that starts on an odd address: the
+    // listing starts one byte earlier.
+    ClearSelections(st().selections);
+    selectBytes(0x2000, {0xE6, 0xF0, 0x34, 0x12, 0xCC, 0x00});
+    st().selections.start[0] = 0x2001;
+    print->findChild<QRadioButton*>("OAssembler")->click();
+    print->setOutputFile(dir + "/assembler.pdf");
+    print->findChild<QAbstractButton*>("BOk")->click();
+    EXPECT_FALSE(print->isVisible());
+    const std::string text = PdfText(dir + "/assembler.pdf");
+    for (const char* line : {"002000 : MOV", "R0,#1234h", "002004 : NOP"})
+        EXPECT_NE(text.find(line), std::string::npos) << line << "\n" << text;
+    EXPECT_EQ(text.find("002001"), std::string::npos) << text;
+    EXPECT_EQ(text.find("00 01 02 03"), std::string::npos) << text;
+    EXPECT_NE(text.find("*******************************************************************"),
+              std::string::npos)
+        << text;
+
+    trigger("UFilePrint");
     print->findChild<QAbstractButton*>("BCancel")->click();
     EXPECT_FALSE(print->isVisible());
 }
