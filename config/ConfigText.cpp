@@ -34,7 +34,21 @@ std::optional<std::vector<std::string>> ReadLines(const ProgramState& st, std::s
 }
 
 bool WriteFileAtomically(const ProgramState& st, std::string_view name, std::string_view text) {
-    return ReplaceFile(NativePath(ResolveInProgramFolder(st, name)), text).ok;
+    const std::string path = NativePath(ResolveInProgramFolder(st, name));
+    // The settings are written at every exit, mostly unchanged: a file that
+    // already holds exactly the text is left alone, which spares the two
+    // syncs to the disk of a replacement.
+    {
+        std::ifstream old(path, std::ios::binary);
+        if (old.is_open()) {
+            std::string have(text.size() + 1, '\0');
+            old.read(have.data(), static_cast<std::streamsize>(have.size()));
+            if (static_cast<size_t>(old.gcount()) == text.size() &&
+                std::string_view(have.data(), text.size()) == text)
+                return true;
+        }
+    }
+    return ReplaceFile(path, text).ok;
 }
 
 int32_t Val(std::string_view text) {

@@ -21,8 +21,9 @@ namespace config {
                                                                 std::string_view name);
 
 // Replaces a file by the text: written to a temporary file beside it and
-// renamed over the old one, so that a crash leaves either file whole.
-// False if the file could not be written.
+// renamed over the old one, so that a crash leaves either file whole; a
+// file that already holds the text is not written again. False if the file
+// could not be written.
 bool WriteFileAtomically(const ProgramState& st, std::string_view name, std::string_view text);
 
 // A plain scan of a leading decimal number (blanks before it, an optional

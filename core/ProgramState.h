@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "core/InstructionTable.h"
+#include "core/TerminalText.h"
 #include "core/Types.h"
 
 namespace vortelm {
@@ -135,7 +136,7 @@ struct ProgramState {
     MessageCodes codes;
 
     // ---- running text and log
-    std::string terminalBuffer;
+    TerminalText terminalBuffer;
     int32_t terminalLines = 0;
     int32_t logEnabled = 0;  // the value of LOGFILE=
     std::string logFileName = "LOG.TXT";

@@ -1,9 +1,12 @@
 #include "core/SafeFile.h"
 
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <vector>
@@ -36,9 +39,39 @@ bool WriteAll(int fd, const char* data, size_t size) {
     return true;
 }
 
-}  // namespace
+// Writes the pieces in order, up to IOV_MAX of them per call.
+bool WriteAllPieces(int fd, std::span<const std::string_view> pieces) {
+    std::vector<iovec> iov;
+    iov.reserve(std::min<size_t>(pieces.size(), IOV_MAX));
+    size_t next = 0;
+    while (next < pieces.size()) {
+        iov.clear();
+        while (next < pieces.size() && iov.size() < IOV_MAX) {
+            const std::string_view p = pieces[next++];
+            if (!p.empty()) iov.push_back({const_cast<char*>(p.data()), p.size()});
+        }
+        size_t first = 0;
+        while (first < iov.size()) {
+            const ssize_t n =
+                ::writev(fd, iov.data() + first, static_cast<int>(iov.size() - first));
+            if (n < 0) {
+                if (errno == EINTR) continue;
+                return false;
+            }
+            // A short write: drop what went out and go on from there.
+            auto left = static_cast<size_t>(n);
+            while (first < iov.size() && left >= iov[first].iov_len) left -= iov[first++].iov_len;
+            if (first < iov.size()) {
+                iov[first].iov_base = static_cast<char*>(iov[first].iov_base) + left;
+                iov[first].iov_len -= left;
+            }
+        }
+    }
+    return true;
+}
 
-SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes) {
+template <class Write>
+SafeWriteResult Replace(const std::string& path, bool sync, Write&& writeAll) {
     const size_t slash = path.rfind('/');
     const std::string base = slash == std::string::npos ? path : path.substr(slash + 1);
     const std::string folder = FolderOf(path);
@@ -57,7 +90,7 @@ SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes) {
         ::umask(mask);
         (void)::fchmod(fd, 0666 & ~mask);
     }
-    if (!WriteAll(fd, bytes.data(), bytes.size()) || ::fsync(fd) != 0) {
+    if (!writeAll(fd) || (sync && ::fsync(fd) != 0)) {
         const int error = errno;
         ::close(fd);
         ::unlink(temp.c_str());
@@ -73,12 +106,27 @@ SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes) {
         ::unlink(temp.c_str());
         return Failed(error);
     }
+    if (!sync) return {true, {}};
     const int dir = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (dir >= 0) {
         (void)::fsync(dir);
         ::close(dir);
     }
     return {true, {}};
+}
+
+}  // namespace
+
+SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes) {
+    return Replace(path, true, [&](int fd) { return WriteAll(fd, bytes.data(), bytes.size()); });
+}
+
+SafeWriteResult ReplaceFileUnsynced(const std::string& path, std::string_view bytes) {
+    return Replace(path, false, [&](int fd) { return WriteAll(fd, bytes.data(), bytes.size()); });
+}
+
+SafeWriteResult ReplaceFile(const std::string& path, std::span<const std::string_view> pieces) {
+    return Replace(path, true, [&](int fd) { return WriteAllPieces(fd, pieces); });
 }
 
 SafeWriteResult ReplaceFile(const std::string& path, std::span<const unsigned char> bytes) {

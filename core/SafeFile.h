@@ -21,5 +21,16 @@ struct SafeWriteResult {
 [[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes);
 [[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path,
                                           std::span<const unsigned char> bytes);
+// As ReplaceFile (unique temporary file, renamed over the old one, so that
+// a reader finds the old file or the new one whole) but without the syncs
+// to the disk: only for files the program can make again from others (a
+// cache), where a crash may cost the new contents but the wait for the
+// disk would be paid at every write.
+[[nodiscard]] SafeWriteResult ReplaceFileUnsynced(const std::string& path, std::string_view bytes);
+
+// Replaces the file at path by the pieces one after the other (written
+// with few calls and without first joining them in memory).
+[[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path,
+                                          std::span<const std::string_view> pieces);
 
 }  // namespace vortelm

@@ -24,9 +24,8 @@ void Text2Buffer(ProgramState& st, std::string_view text) {
     st.terminalBuffer.append(text);
     if (st.terminalLines > 1000) {
         // One line goes per call, whatever the call added.
-        auto cr = st.terminalBuffer.find('\r');
-        if (cr != std::string::npos)
-            st.terminalBuffer.erase(0, std::min(cr + 2, st.terminalBuffer.size()));
+        auto cr = st.terminalBuffer.view().find('\r');
+        if (cr != std::string_view::npos) st.terminalBuffer.dropFront(cr + 2);
         st.terminalLines -= 1;
     }
     st.host->terminalAppended(text);

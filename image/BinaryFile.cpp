@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <deque>
 #include <limits>
 #include <string>
 #include <vector>
@@ -78,64 +79,75 @@ void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fill
     MergeSelections(sel);
     const std::string resolved = ResolveSavePath(st, name);
 
-    // The file is made in memory and replaces the old one in one step, so
-    // that a kill or a full disk leaves the old file whole.
-    // A write lands at its position and may stand past the bytes so far.
-    std::string file;
-    auto put = [&](uint64_t position, std::string_view bytes) {
-        const uint64_t end = position + bytes.size();
-        if (end > file.size()) file.resize(static_cast<size_t>(end));
-        std::copy(bytes.begin(), bytes.end(), file.begin() + static_cast<std::ptrdiff_t>(position));
+    // The file replaces the old one in one step, so that a kill or a full
+    // disk leaves the old file whole. Its bytes are written as pieces that
+    // point into the image where they can (no copy of the whole file);
+    // pieces the writer makes itself (filled bytes, gaps) are kept in made.
+    std::vector<std::string_view> pieces;
+    std::deque<std::string> made;
+    auto own = [&](std::string bytes) {
+        made.push_back(std::move(bytes));
+        pieces.emplace_back(made.back());
     };
+    auto write = [&] {
+        const SafeWriteResult r = ReplaceFile(NativePath(resolved), pieces);
+        if (!r.ok)
+            throw RunTimeError("file " + resolved + " cannot be opened for writing: " + r.reason);
+    };
+    auto chars = [](const uint8_t* p) { return reinterpret_cast<const char*>(p); };
 
     // One byte per address from position 0. A gap byte is written as 16
-    // bits: its upper half stands behind it until the next write covers it.
-    uint64_t pos = 0;
-    std::vector<uint8_t> filled;
-    std::string gap;
+    // bits: its upper half stands behind it until the next write covers it,
+    // so it stays in the file only when nothing follows it.
+    char overhang = 0;
+    bool overhangs = false;
     for (int i = 0; i < sel.count; ++i) {
         const int64_t start = sel.start[i];
         const int64_t end = sel.end[i];
         int64_t address = start;
-        VisitDumpBlock(
-            st.dump, sel.start[i], end - start + 1,
-            [&](const uint8_t* data, const uint8_t* status, size_t len) {
-                const uint8_t* out = data;
-                if (!AllRead(status, len)) {
-                    // Some byte is neither Defined nor Valid: it takes the fill value.
-                    filled.assign(data, data + len);
-                    for (size_t k = 0; k < len; ++k) {
-                        if (status[k] & kRead) continue;
-                        if (fillValue < 0) {
-                            // The file holds what came before the unread byte.
-                            put(pos,
-                                std::string_view(reinterpret_cast<const char*>(filled.data()), k));
-                            WriteOutput(resolved, file);
-                            throw RunTimeError(
-                                "fill value " + std::to_string(fillValue) +
-                                " for the unread byte at " +
-                                HexText(static_cast<int32_t>(address + int64_t(k)), 6));
-                        }
-                        filled[k] = static_cast<uint8_t>(fillValue);
-                    }
-                    out = filled.data();
-                }
-                put(pos, std::string_view(reinterpret_cast<const char*>(out), len));
-                pos += len;
-                address += static_cast<int64_t>(len);
-            });
+        VisitDumpBlock(st.dump, sel.start[i], end - start + 1,
+                       [&](const uint8_t* data, const uint8_t* status, size_t len) {
+                           overhangs = false;
+                           if (AllRead(status, len)) {
+                               pieces.emplace_back(chars(data), len);
+                           } else {
+                               // Some byte is neither Defined nor Valid: it takes the fill value.
+                               std::string filled(chars(data), len);
+                               for (size_t k = 0; k < len; ++k) {
+                                   if (status[k] & kRead) continue;
+                                   if (fillValue < 0) {
+                                       // The file holds what came before the unread byte.
+                                       filled.resize(k);
+                                       own(std::move(filled));
+                                       write();
+                                       throw RunTimeError(
+                                           "fill value " + std::to_string(fillValue) +
+                                           " for the unread byte at " +
+                                           HexText(static_cast<int32_t>(address + int64_t(k)), 6));
+                                   }
+                                   filled[k] = static_cast<char>(fillValue);
+                               }
+                               own(std::move(filled));
+                           }
+                           address += static_cast<int64_t>(len);
+                       });
         if (i + 1 < sel.count && fillValue >= 0) {
-            for (int64_t left = int64_t(sel.start[i + 1]) - end - 1; left > 0;) {
-                const int64_t n = std::min<int64_t>(left, 1 << 20);
-                gap.assign(static_cast<size_t>(n), static_cast<char>(fillValue & 0xFF));
-                gap.push_back(static_cast<char>((fillValue >> 8) & 0xFF));
-                put(pos, gap);
-                pos += static_cast<uint64_t>(n);
-                left -= n;
+            const int64_t left = int64_t(sel.start[i + 1]) - end - 1;
+            if (left > 0) {
+                // One buffer of fill bytes, pointed at as often as the gap needs.
+                const int64_t chunk = std::min<int64_t>(left, 1 << 20);
+                own(std::string(static_cast<size_t>(chunk), static_cast<char>(fillValue & 0xFF)));
+                const std::string_view fill = pieces.back();
+                pieces.pop_back();
+                for (int64_t n = left; n > 0; n -= chunk)
+                    pieces.push_back(fill.substr(0, static_cast<size_t>(std::min(n, chunk))));
+                overhang = static_cast<char>((fillValue >> 8) & 0xFF);
+                overhangs = true;
             }
         }
     }
-    WriteOutput(resolved, file);
+    if (overhangs) pieces.emplace_back(&overhang, 1);
+    write();
 }
 
 int32_t LoadBinaryCommand(ProgramState& st, std::string_view name, int32_t address) {

@@ -59,15 +59,19 @@ class StagedWrite {
     }
     void flush() {
         if (bytes_.empty()) return;
-        const int32_t start = start_;
-        std::vector<uint8_t> bytes;
-        bytes.swap(bytes_);
-        bytes_.reserve(kLimit);
-        WriteDumpBlock(dump_, start, bytes, kMarksLoaded);
+        // The buffer is emptied before the write may throw (a reader's error
+        // path flushes again) and keeps its capacity: one small buffer that
+        // stays in the cache, not a fresh one per flush.
+        struct Emptied {
+            std::vector<uint8_t>& v;
+            ~Emptied() { v.clear(); }
+        } emptied{bytes_};
+        WriteDumpBlock(dump_, start_, bytes_, kMarksLoaded);
     }
 
   private:
-    static constexpr size_t kLimit = size_t(1) << 20;
+    // One segment of the image: a flush then touches one segment.
+    static constexpr size_t kLimit = size_t(1) << 16;
     DumpMemory& dump_;
     int32_t start_ = 0;
     std::vector<uint8_t> bytes_;

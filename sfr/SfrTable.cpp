@@ -427,7 +427,13 @@ int ReadSfrFile(ProgramState& st, std::string_view path) {
 
 bool WriteSfrCache(const ProgramState& st, std::string_view cachePath) {
     // The whole cache replaces the old one in one step: a reader never finds
-    // half a cache with a newer time than its .SFR file.
+    // half a cache with a newer time than its .SFR file. It is not synced to
+    // the disk: it is made again from the .SFR file whenever it is missing
+    // or older, and the syncs of its 5 MB for a large table would double the
+    // wall time of every cold load. The usual file systems write a file's
+    // data before a rename over an older file takes effect; where one does
+    // not, a power loss right after a load can leave a short cache, and
+    // deleting the .sb file (or touching the .SFR file) makes it again.
     std::string out;
     const int32_t n = std::clamp<int32_t>(st.sfrCount, 0, kSfrBound + 1);
     out.reserve(static_cast<size_t>(n) * kSfrCacheRecordSize);
@@ -445,7 +451,7 @@ bool WriteSfrCache(const ProgramState& st, std::string_view cachePath) {
         PutLe<int16_t>(out, r.extended);
         out.append(kSfrCacheRecordSize - (out.size() - begin), '\0');
     }
-    return ReplaceFile(NativePath(ResolveInProgramFolder(st, cachePath)), out).ok;
+    return ReplaceFileUnsynced(NativePath(ResolveInProgramFolder(st, cachePath)), out).ok;
 }
 
 void ReadSfrCache(ProgramState& st, std::string_view cachePath) {
@@ -496,8 +502,11 @@ int32_t SearchedCount(const ProgramState& st) {
 }  // namespace
 
 int32_t SfrIndexByName(const ProgramState& st, std::string_view name) {
-    for (int32_t i = 0; i < SearchedCount(st); ++i)
-        if (EqualUpper(st.sfrTable[static_cast<size_t>(i)].name, name)) return i;
+    const int32_t count = SearchedCount(st);
+    const SfrRecord* table = st.sfrTable.data();
+    // The length is compared first, here: most names differ in it.
+    for (int32_t i = 0; i < count; ++i)
+        if (table[i].name.size() == name.size() && EqualUpper(table[i].name, name)) return i;
     return -1;
 }
 

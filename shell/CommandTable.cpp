@@ -80,8 +80,11 @@ void AddShellParameter(ShellTable& table, std::string_view commandName,
 int32_t FindShellCommand(const ShellTable& table, std::string_view name) {
     // Compared letter by letter without regard to case, without copies:
     // every line of a script looks its word up.
-    for (int32_t i = 0; i < table.shellCommandCount; ++i)
-        if (EqualUpper(table.shellCommands[i].name, name)) return i;
+    // The length is compared first, here: most rows differ in it.
+    for (int32_t i = 0; i < table.shellCommandCount; ++i) {
+        const std::string& row = table.shellCommands[i].name;
+        if (row.size() == name.size() && EqualUpper(row, name)) return i;
+    }
     return -1;
 }
 

@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include "TempDir.h"
 
@@ -31,6 +33,36 @@ TEST(SafeFile, CreatesANewFile) {
     EXPECT_TRUE(r.ok);
     EXPECT_EQ(Slurp(dir.file("a.bin")), std::string("abc\0d", 5));
     EXPECT_EQ(EntriesIn(dir.path), 1u);  // no temporary file left behind
+}
+
+TEST(SafeFile, WritesPiecesInOrderPastTheLimitOfOneCall) {
+    testing::TempDir dir;
+    // More pieces than one gathered write takes, some of them empty.
+    std::vector<std::string> texts;
+    std::string expected;
+    for (int i = 0; i < 3000; ++i) {
+        texts.push_back(i % 7 == 0 ? std::string() : std::to_string(i) + ",");
+        expected += texts.back();
+    }
+    std::vector<std::string_view> pieces(texts.begin(), texts.end());
+    ASSERT_TRUE(ReplaceFile(dir.file("p.txt"), pieces).ok);
+    EXPECT_EQ(Slurp(dir.file("p.txt")), expected);
+    EXPECT_EQ(EntriesIn(dir.path), 1u);
+    ASSERT_TRUE(ReplaceFile(dir.file("p.txt"), std::span<const std::string_view>()).ok);
+    EXPECT_EQ(Slurp(dir.file("p.txt")), "");
+}
+
+TEST(SafeFile, AnUnsyncedReplaceIsStillWholeAndLeavesNoTemporary) {
+    testing::TempDir dir;
+    dir.write("c.sb", "old cache");
+    ASSERT_EQ(::chmod(dir.file("c.sb").c_str(), 0600), 0);
+    ASSERT_TRUE(ReplaceFileUnsynced(dir.file("c.sb"), std::string_view("new\0", 4)).ok);
+    EXPECT_EQ(Slurp(dir.file("c.sb")), std::string("new\0", 4));
+    struct stat st {};
+    ASSERT_EQ(::stat(dir.file("c.sb").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0600u);
+    EXPECT_EQ(EntriesIn(dir.path), 1u);
+    EXPECT_FALSE(ReplaceFileUnsynced(dir.file("no/such/folder/c.sb"), "x").ok);
 }
 
 TEST(SafeFile, ReplacesAndKeepsThePermissions) {

@@ -85,6 +85,24 @@ TEST_F(BinaryFile, UnreadBytesTakeTheFillValueValidOnesTheirOwn) {
     WriteBinarySelections(*st, "v.bin", 0x5A);
     EXPECT_EQ(ReadFile(path("save/v.bin")), std::string("\xAA\x5A", 2));
     EXPECT_THROW(WriteBinarySelections(*st, "w.bin", -1), RunTimeError);
+    // The file holds what came before the unread byte.
+    EXPECT_EQ(ReadFile(path("save/w.bin")), std::string("\xAA", 1));
+}
+
+TEST_F(BinaryFile, AGapOfSeveralMegabytesIsFilledAcrossSegments) {
+    const int32_t far = 0x2A0003;  // more than two 1 MiB pieces of fill away
+    for (int32_t a : {0x0FFFF, 0x10000, far}) {
+        WriteDumpByte(st->dump, a, static_cast<uint8_t>(a & 0xFF));
+        SetDefined(st->dump, a, kTrue);
+    }
+    AddSelection(st->selections, 0x0FFFF, 0x10000);
+    AddSelection(st->selections, far, far);
+    WriteBinarySelections(*st, "big.bin", 0x1C7);
+    const std::string f = ReadFile(path("save/big.bin"));
+    ASSERT_EQ(f.size(), static_cast<size_t>(far - 0x0FFFF + 1));
+    EXPECT_EQ(f.substr(0, 2), std::string("\xFF\x00", 2));
+    EXPECT_EQ(f.find_first_not_of('\xC7', 2), f.size() - 1);
+    EXPECT_EQ(f.back(), '\x03');
 }
 
 TEST_F(BinaryFile, TheUpperHalfOfTheLastGapByteStaysBehindAnEmptySelection) {
