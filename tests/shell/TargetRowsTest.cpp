@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ScriptedBoard.h"
+#include "ShellOnBoard.h"
 #include "core/ProgramState.h"
 #include "core/TestHost.h"
 #include "image/Dump.h"
@@ -14,44 +14,15 @@
 namespace vortelm::shell {
 namespace {
 
-using testing::ScriptedBoard;
+using vortelm::testing::ScriptedBoard;
 
-struct TargetRows : ::testing::Test {
-    TestHost host;
-    std::unique_ptr<ProgramState> st = std::make_unique<ProgramState>(host);
-    link::ComPort port{*st};
-    target::Target tgt{*st, port, nullptr};
-    Session s{*st};
-    ScriptedBoard* board = nullptr;
-
+struct TargetRows : testing::ShellOnBoard {
     void SetUp() override {
-        BuildShellCommandTable(s.table);
-        auto b = std::make_unique<ScriptedBoard>();
-        board = b.get();
-        board->mode = ScriptedBoard::Mode::Monitor;
-        port.attach(std::move(b));
-        s.port = &port;
-        s.target = &tgt;
-        st->ConnectionState = kConnectedAndReady;
-        st->KernelStartAddress = 0xF600;
-        st->KernelEndAddress = 0xF8FF;
+        ShellOnBoard::SetUp();
+        connected();
         features({"READBLOCK", "WRITEBLOCK", "WRITESEQ", "SETPROTECTION"});
-        st->sfrTable[0].name = "SYSCON";
-        st->sfrTable[0].address = 0xFF12;
-        st->sfrCount = 1;
+        registers({{"SYSCON", 0xFF12}});
     }
-    void features(std::initializer_list<const char*> names) {
-        Kernel& k = st->kernels[0];
-        k.featureCount = 0;
-        for (const char* n : names)
-            k.features[static_cast<size_t>(k.featureCount++)] = KernelFeature{n, 0, kTrue};
-    }
-    std::string Run(std::string_view line) {
-        host.terminal.clear();
-        result = ExecuteShellCommand(s, line, 0);
-        return host.terminal;
-    }
-    int16_t result = 0;
 };
 
 TEST_F(TargetRows, ConnectWithAnUnknownArgumentSendsNothing) {
