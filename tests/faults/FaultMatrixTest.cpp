@@ -177,6 +177,7 @@ struct Tally {
     int planned = 0;  // runs of the plan, with those not applicable
     int resyncChecks = 0, resyncFailures = 0, hangs = 0, notApplicable = 0;
     int64_t longestUs = 0;
+    std::string blindAt;  // the faults of the blind runs
 };
 
 class FaultMatrix : public ::testing::Test {
@@ -514,6 +515,7 @@ class FaultMatrix : public ::testing::Test {
                         const bool unexamined = op == Op::Connect && !byteFault;
                         if (blind && (std::string(kind) == "flip" || unexamined)) {
                             ++t.blindSpots;
+                            t.blindAt += " " + faults;
                         } else {
                             ++t.falseSuccesses;
                             ADD_FAILURE() << "reported good, the board differs\n" << host_.terminal;
@@ -539,6 +541,7 @@ class FaultMatrix : public ::testing::Test {
                         // board's registers, its serial rate among them:
                         // the line is lost to a fault nobody could see
                         ++t.blindSpots;
+                        t.blindAt += " " + faults + "(next)";
                     } else if (!same) {
                         ++t.resyncFailures;
                         ADD_FAILURE() << "the command after the fault failed\n" << host_.terminal;
@@ -555,6 +558,8 @@ class FaultMatrix : public ::testing::Test {
             op, t.runs, t.failedAsTheyShould, t.succeeded, t.falseSuccesses, t.blindSpots, t.hangs,
             t.resyncChecks - t.resyncFailures, t.resyncChecks,
             static_cast<long long>(t.longestUs / 1000), t.notApplicable);
+        if (!t.blindAt.empty())
+            std::printf("[fault matrix] %-8s blind at%s\n", op, t.blindAt.c_str());
     }
 
     void check(Op op) {
