@@ -72,6 +72,55 @@ class CountingChannel : public channel::ByteChannel {
     std::unique_ptr<channel::ByteChannel> in_;
 };
 
+// What one run measured.
+struct Run {
+    int32_t bytes;
+    int32_t baud;
+    bool real;
+    double seconds;
+    int64_t toBoard;
+    int64_t fromBoard;
+};
+
+void PrintReport(const ProgramState& st, const Run& run) {
+    const auto [bytes, baud, real, seconds, toBoard, fromBoard] = run;
+    const int64_t lineBytes = toBoard + fromBoard;
+    // The bound: the job's bytes at 10 bit times each, one direction after
+    // the other, and the board's own flash time.
+    const int unit = 2;  // IFLASH of the default controller
+    const int32_t burst = st.memoryUnits[unit].burstSize;
+    const int32_t blocks = bytes / burst;
+    const int32_t sectors = (bytes + 0xFFFF) / 0x10000;  // sections of 64 KiB
+    const sim::FlashTimes times = sim::FlashTimes::Real();
+    const double lineSeconds = double(lineBytes) * 10.0 / baud;
+    const double flashSeconds = (blocks * times.programWordUs * (burst / 2) +
+                                 sectors * times.eraseSectorUs + times.initUs) /
+                                1e6;
+    const double bound = lineSeconds + flashSeconds;
+    const double rate = bytes / seconds;
+    const double boundRate = bytes / bound;
+    std::printf(
+        "intelligent program of %d bytes at %d baud, paced board, real flash times, %s clock\n",
+        bytes, baud, real ? "real" : "virtual");
+    std::printf("line bytes of the job   %10lld (%lld to the board, %lld back)\n",
+                static_cast<long long>(lineBytes), static_cast<long long>(toBoard),
+                static_cast<long long>(fromBoard));
+    std::printf("line time               %10.3f s\n", lineSeconds);
+    std::printf("board flash time        %10.3f s (%d blocks, %d sector erases, driver start)\n",
+                flashSeconds, blocks, sectors);
+    std::printf("protocol bound          %10.3f s  %10.0f B/s\n", bound, boundRate);
+    std::printf("measured                %10.3f s  %10.0f B/s\n", seconds, rate);
+    std::printf("programmed bytes per second: %.2f %% of the protocol bound\n",
+                100.0 * rate / boundRate);
+    std::printf("payload share of the line bytes: %.2f %%\n", 100.0 * bytes / double(lineBytes));
+    // The bound adds the erases to the line time; the board's erase runs on
+    // while the next block crosses the line, so a host that adds nothing
+    // comes out slightly above it.
+    std::printf(
+        "the rest: %+.3f s (host turnarounds and waits, less the erases under the next block)\n",
+        seconds - bound);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -127,7 +176,6 @@ int main(int argc, char** argv) {
     const double seconds = double(now() - t0) / 1e6;
     const int64_t toBoard = counter->sent - sent0;
     const int64_t fromBoard = counter->received - received0;
-    const int64_t lineBytes = toBoard + fromBoard;
 
     // read back through the monitor and compare
     for (int32_t i = 0; i < bytes; ++i) WriteDumpByte(st.dump, base + i, 0);
@@ -142,39 +190,6 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    // The bound: the job's bytes at 10 bit times each, one direction after
-    // the other, and the board's own flash time.
-    const int unit = 2;  // IFLASH of the default controller
-    const int32_t burst = st.memoryUnits[unit].burstSize;
-    const int32_t blocks = bytes / burst;
-    const int32_t sectors = (bytes + 0xFFFF) / 0x10000;  // sections of 64 KiB
-    const sim::FlashTimes times = sim::FlashTimes::Real();
-    const double lineSeconds = double(lineBytes) * 10.0 / baud;
-    const double flashSeconds = (blocks * times.programWordUs * (burst / 2) +
-                                 sectors * times.eraseSectorUs + times.initUs) /
-                                1e6;
-    const double bound = lineSeconds + flashSeconds;
-    const double rate = bytes / seconds;
-    const double boundRate = bytes / bound;
-    std::printf(
-        "intelligent program of %d bytes at %d baud, paced board, real flash times, %s clock\n",
-        bytes, baud, real ? "real" : "virtual");
-    std::printf("line bytes of the job   %10lld (%lld to the board, %lld back)\n",
-                static_cast<long long>(lineBytes), static_cast<long long>(toBoard),
-                static_cast<long long>(fromBoard));
-    std::printf("line time               %10.3f s\n", lineSeconds);
-    std::printf("board flash time        %10.3f s (%d blocks, %d sector erases, driver start)\n",
-                flashSeconds, blocks, sectors);
-    std::printf("protocol bound          %10.3f s  %10.0f B/s\n", bound, boundRate);
-    std::printf("measured                %10.3f s  %10.0f B/s\n", seconds, rate);
-    std::printf("programmed bytes per second: %.2f %% of the protocol bound\n",
-                100.0 * rate / boundRate);
-    std::printf("payload share of the line bytes: %.2f %%\n", 100.0 * bytes / double(lineBytes));
-    // The bound adds the erases to the line time; the board's erase runs on
-    // while the next block crosses the line, so a host that adds nothing
-    // comes out slightly above it.
-    std::printf(
-        "the rest: %+.3f s (host turnarounds and waits, less the erases under the next block)\n",
-        seconds - bound);
+    PrintReport(st, {bytes, baud, real, seconds, toBoard, fromBoard});
     return 0;
 }

@@ -272,10 +272,11 @@ class Line {
         return *this;
     }
     Line& cc(int32_t x) {
-        if (x >= 0 && x < 16)
-            text += kConditions[static_cast<size_t>(x)];
-        else
+        const std::string_view t = ConditionText(x);  // the first spelling
+        if (t.empty())
             bad = true;
+        else
+            text += t;
         return *this;
     }
     Line& target(int32_t x, int32_t n) { return hexh(address_ + 2 * Rel(x) + n, 4); }
@@ -330,6 +331,248 @@ void Sequence(uint8_t op, const Fields& f, InstructionTable& t, Line& line) {
     if (t0 >= 2) t.extrCount = counter;
 }
 
+// The bit stream of an instruction (at most 64 bits, first byte highest),
+// walked field by field into the T, Q, B and W fields.
+Fields SplitFields(const InstructionRecord& rec, int32_t address, const ByteSource& bytes) {
+    const int length = rec.byteLength < 0 ? 0 : (rec.byteLength > 8 ? 8 : rec.byteLength);
+    uint64_t stream = 0;
+    for (int i = 0; i < 8; ++i) stream = (stream << 8) | (i < length ? bytes(address + i) : 0u);
+    auto bitsAt = [stream](int pos, int count) {
+        if (pos >= 64) return int32_t{0};
+        return static_cast<int32_t>((stream << pos) >> (64 - count));
+    };
+    Fields f;
+    std::array<size_t, 4> fill{};
+    int pos = 0;
+    for (int i = 0; i < rec.fieldCount && i < 9; ++i) {
+        const int width = rec.fieldWidth[static_cast<size_t>(i)];
+        std::array<int32_t, 7>* into = nullptr;
+        size_t* n = nullptr;
+        switch (width) {
+            case 2:
+                into = &f.T;
+                n = &fill[0];
+                break;
+            case 4:
+                into = &f.Q;
+                n = &fill[1];
+                break;
+            case 8:
+                into = &f.B;
+                n = &fill[2];
+                break;
+            case 16:
+                into = &f.W;
+                n = &fill[3];
+                break;
+            default:
+                continue;  // moves no bit
+        }
+        const int32_t v =
+            width == 16 ? bitsAt(pos, 8) | (bitsAt(pos + 8, 8) << 8) : bitsAt(pos, width);
+        pos += width;
+        if (*n < into->size()) (*into)[(*n)++] = v;
+    }
+    return f;
+}
+
+// The operands that name registers alone, direct or indirect; false for
+// a syntax of another kind.
+bool WriteRegisterOperands(Syntax syntax, const Fields& f, Line& o) {
+    using S = Syntax;
+    const auto& Q = f.Q;
+    const auto& B = f.B;
+    switch (syntax) {
+        case S::None:
+            return true;
+        case S::RwQ0:
+            o.rw(Q[0]);
+            return true;
+        case S::RbQ0:
+            o.rb(Q[0]);
+            return true;
+        case S::RegWB1:
+            o.reg(B[1], false);
+            return true;
+        case S::RwQ0RwQ1:
+            o.rw(Q[0]).s(",").rw(Q[1]);
+            return true;
+        case S::RbQ0RbQ1:
+            o.rb(Q[0]).s(",").rb(Q[1]);
+            return true;
+        case S::RwQ1RbQ0:
+            o.rw(Q[1]).s(",").rb(Q[0]);
+            return true;
+        case S::IndQ0IndQ1:
+            o.s("[").rw(Q[0]).s("],[").rw(Q[1]).s("]");
+            return true;
+        case S::RwQ0IndQ1:
+            o.rw(Q[0]).s(",[").rw(Q[1]).s("]");
+            return true;
+        case S::IndQ1RwQ0:
+            o.s("[").rw(Q[1]).s("],").rw(Q[0]);
+            return true;
+        case S::RbQ0IndQ1:
+            o.rb(Q[0]).s(",[").rw(Q[1]).s("]");
+            return true;
+        case S::IndQ1RbQ0:
+            o.s("[").rw(Q[1]).s("],").rb(Q[0]);
+            return true;
+        case S::RwQ0IndQ1Inc:
+            o.rw(Q[0]).s(",[").rw(Q[1]).s("+]");
+            return true;
+        case S::IndQ0IndQ1Inc:
+            o.s("[").rw(Q[0]).s("],[").rw(Q[1]).s("+]");
+            return true;
+        case S::IndQ0IncIndQ1:
+            o.s("[").rw(Q[0]).s("+],[").rw(Q[1]).s("]");
+            return true;
+        case S::DecIndQ1RwQ0:
+            o.s("[-").rw(Q[1]).s("],").rw(Q[0]);
+            return true;
+        case S::DecIndQ1RbQ0:
+            o.s("[-").rw(Q[1]).s("],").rb(Q[0]);
+            return true;
+        case S::RbQ0IndQ1Inc:
+            o.rb(Q[0]).s(",[").rw(Q[1]).s("+]");
+            return true;
+        case S::ShortW:
+        case S::ShortB:
+            if (syntax == S::ShortW)
+                o.rw(Q[0]);
+            else
+                o.rb(Q[0]);
+            if ((Q[1] & 8) == 0)
+                o.s(",#").hexh(Q[1] & 7, 1);
+            else
+                o.s(",[").rw(Q[1] & 3).s((Q[1] & 12) < 12 ? "]" : "+]");
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The operands with a memory address, an immediate value or a displacement;
+// false for a syntax of another kind.
+bool WriteMemoryOperands(Syntax syntax, const Fields& f, Line& o) {
+    using S = Syntax;
+    const auto& Q = f.Q;
+    const auto& B = f.B;
+    const int32_t W0 = f.W[0];
+    switch (syntax) {
+        case S::RegWMem:
+            o.reg(B[1], false).s(",").mem(W0);
+            return true;
+        case S::RegBMem:
+            o.reg(B[1], true).s(",").mem(W0);
+            return true;
+        case S::MemRegW:
+            o.mem(W0).s(",").reg(B[1], false);
+            return true;
+        case S::MemRegB:
+            o.mem(W0).s(",").reg(B[1], true);
+            return true;
+        case S::RegWImm16:
+            o.reg(B[1], false).s(",#").hexh(W0, 4);
+            return true;
+        case S::RwQ1Imm16:
+            o.rw(Q[1]).s(",#").hexh(W0, 4);
+            return true;
+        case S::RwQ1Imm4:
+            o.rw(Q[1]).s(",#").hexh(Q[0], 1);
+            return true;
+        case S::RbQ1Imm4:
+            o.rb(Q[1]).s(",#").hexh(Q[0], 1);
+            return true;
+        case S::RegBImm8:
+            o.reg(B[1], true).s(",#").hexh(B[2], 2);
+            return true;
+        case S::RwQ1Mem:
+            o.rw(Q[1]).s(",").mem(W0);
+            return true;
+        case S::IndQ1Mem:
+            o.s("[").rw(Q[1]).s("],").mem(W0);
+            return true;
+        case S::MemIndQ1:
+            o.mem(W0).s(",[").rw(Q[1]).s("]");
+            return true;
+        case S::DispRwQ0:
+            o.s("[").rw(Q[1]).s("+#").hexh(W0, 4).s("],").rw(Q[0]);
+            return true;
+        case S::RwQ0Disp:
+            o.rw(Q[0]).s(",[").rw(Q[1]).s("+#").hexh(W0, 4).s("]");
+            return true;
+        case S::DispRbQ0:
+            o.s("[").rw(Q[1]).s("+#").hexh(W0, 4).s("],").rb(Q[0]);
+            return true;
+        case S::RbQ0Disp:
+            o.rb(Q[0]).s(",[").rw(Q[1]).s("+#").hexh(W0, 4).s("]");
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The operands of a syntax after the mnemonic; false when the bytes are no
+// instruction at all (a broken complement check, an illegal syntax).
+bool WriteOperands(Syntax syntax, uint8_t op, const Fields& f, int32_t address,
+                   const ByteSource& bytes, InstructionTable& t, Line& o) {
+    if (WriteRegisterOperands(syntax, f, o) || WriteMemoryOperands(syntax, f, o)) return true;
+    using S = Syntax;
+    const auto& Q = f.Q;
+    const auto& B = f.B;
+    const int32_t W0 = f.W[0];
+    switch (syntax) {
+        case S::Complement:  // the op byte, its complement, then the op byte twice
+            return bytes(address + 1) == static_cast<uint8_t>(~op) && bytes(address + 2) == op &&
+                   bytes(address + 3) == op;
+        case S::FieldLow:
+            o.bit(B[1], 16).s(",#").hexh(B[2], 2).s(",#").hexh(B[3], 2);
+            return true;
+        case S::FieldHigh:
+            o.bit(B[1], 16).s(",#").hexh(B[3], 2).s(",#").hexh(B[2], 2);
+            return true;
+        case S::BitBit:
+            o.bit(B[2], Q[1]).s(",").bit(B[1], Q[0]);
+            return true;
+        case S::BitRel:
+            o.bit(B[1], Q[0]).s(",").target(B[2], 4);
+            return true;
+        case S::CcInd:
+            o.cc(Q[0]).s(",[").rw(Q[1]).s("]");
+            return true;
+        case S::CcAbs:
+            o.cc(Q[0]).s(",").hexh(W0, 4);
+            return true;
+        case S::CcRel:
+            o.cc(Q[0]).s(",").target(B[0], 2);
+            return true;
+        case S::Rel:
+            o.target(B[1], 2);
+            return true;
+        case S::BitB0:
+            o.bit(B[0], Q[0]);
+            return true;
+        case S::SegAbs:
+            o.hexh(B[1], 2).s(",").hexh(W0, 4);
+            return true;
+        case S::RegWAbs:
+            o.reg(B[1], false).s(",").hexh(W0, 4);
+            return true;
+        case S::Trap:
+            o.s("#").hex(B[1] / 2, 2);
+            return true;
+        case S::SeqAtomic:
+        case S::SeqExt:
+            Sequence(op, f, t, o);
+            return true;
+        case S::Illegal:
+            return false;
+        default:  // written above
+            return true;
+    }
+}
+
 }  // namespace
 
 std::string_view ConditionText(int code, bool secondSpelling) {
@@ -374,219 +617,14 @@ std::string Disassemble(const ProgramState& st, InstructionTable& t, int32_t add
     const Syntax syntax = kSyntax.of[op];
     if (rec.mnemonic.empty() || syntax == Syntax::Illegal) return kIllegalInstruction;
 
-    // 3. and 4. The bit stream (at most 64 bits, first byte highest),
-    // walked field by field.
-    const int length = rec.byteLength < 0 ? 0 : (rec.byteLength > 8 ? 8 : rec.byteLength);
-    uint64_t stream = 0;
-    for (int i = 0; i < 8; ++i) stream = (stream << 8) | (i < length ? bytes(address + i) : 0u);
-    auto bitsAt = [stream](int pos, int count) {
-        if (pos >= 64) return int32_t{0};
-        return static_cast<int32_t>((stream << pos) >> (64 - count));
-    };
-    Fields f;
-    std::array<size_t, 4> fill{};
-    int pos = 0;
-    for (int i = 0; i < rec.fieldCount && i < 9; ++i) {
-        const int width = rec.fieldWidth[static_cast<size_t>(i)];
-        std::array<int32_t, 7>* into = nullptr;
-        size_t* n = nullptr;
-        switch (width) {
-            case 2:
-                into = &f.T;
-                n = &fill[0];
-                break;
-            case 4:
-                into = &f.Q;
-                n = &fill[1];
-                break;
-            case 8:
-                into = &f.B;
-                n = &fill[2];
-                break;
-            case 16:
-                into = &f.W;
-                n = &fill[3];
-                break;
-            default:
-                continue;  // moves no bit
-        }
-        const int32_t v =
-            width == 16 ? bitsAt(pos, 8) | (bitsAt(pos + 8, 8) << 8) : bitsAt(pos, width);
-        pos += width;
-        if (*n < into->size()) (*into)[(*n)++] = v;
-    }
+    // 3. and 4. The fields of the bit stream.
+    const Fields f = SplitFields(rec, address, bytes);
 
     // 5. The mnemonic, then 6. the operands of the first byte's syntax.
     Line o(st, t, address);
     o.s(rec.mnemonic);
     if (o.text.size() < 8) o.text.append(8 - o.text.size(), ' ');
-    const auto& Q = f.Q;
-    const auto& B = f.B;
-    const int32_t W0 = f.W[0];
-    using S = Syntax;
-    switch (syntax) {
-        case S::None:
-            break;
-        case S::Complement: {
-            const uint8_t inverse = static_cast<uint8_t>(~op);
-            if (bytes(address + 1) != inverse || bytes(address + 2) != op ||
-                bytes(address + 3) != op)
-                return kIllegalInstruction;
-            break;
-        }
-        case S::RwQ0:
-            o.rw(Q[0]);
-            break;
-        case S::RbQ0:
-            o.rb(Q[0]);
-            break;
-        case S::RegWB1:
-            o.reg(B[1], false);
-            break;
-        case S::RwQ0RwQ1:
-            o.rw(Q[0]).s(",").rw(Q[1]);
-            break;
-        case S::RbQ0RbQ1:
-            o.rb(Q[0]).s(",").rb(Q[1]);
-            break;
-        case S::RwQ1RbQ0:
-            o.rw(Q[1]).s(",").rb(Q[0]);
-            break;
-        case S::IndQ0IndQ1:
-            o.s("[").rw(Q[0]).s("],[").rw(Q[1]).s("]");
-            break;
-        case S::RwQ0IndQ1:
-            o.rw(Q[0]).s(",[").rw(Q[1]).s("]");
-            break;
-        case S::IndQ1RwQ0:
-            o.s("[").rw(Q[1]).s("],").rw(Q[0]);
-            break;
-        case S::RbQ0IndQ1:
-            o.rb(Q[0]).s(",[").rw(Q[1]).s("]");
-            break;
-        case S::IndQ1RbQ0:
-            o.s("[").rw(Q[1]).s("],").rb(Q[0]);
-            break;
-        case S::RwQ0IndQ1Inc:
-            o.rw(Q[0]).s(",[").rw(Q[1]).s("+]");
-            break;
-        case S::IndQ0IndQ1Inc:
-            o.s("[").rw(Q[0]).s("],[").rw(Q[1]).s("+]");
-            break;
-        case S::IndQ0IncIndQ1:
-            o.s("[").rw(Q[0]).s("+],[").rw(Q[1]).s("]");
-            break;
-        case S::DecIndQ1RwQ0:
-            o.s("[-").rw(Q[1]).s("],").rw(Q[0]);
-            break;
-        case S::DecIndQ1RbQ0:
-            o.s("[-").rw(Q[1]).s("],").rb(Q[0]);
-            break;
-        case S::RbQ0IndQ1Inc:
-            o.rb(Q[0]).s(",[").rw(Q[1]).s("+]");
-            break;
-        case S::RegWMem:
-            o.reg(B[1], false).s(",").mem(W0);
-            break;
-        case S::RegBMem:
-            o.reg(B[1], true).s(",").mem(W0);
-            break;
-        case S::MemRegW:
-            o.mem(W0).s(",").reg(B[1], false);
-            break;
-        case S::MemRegB:
-            o.mem(W0).s(",").reg(B[1], true);
-            break;
-        case S::RegWImm16:
-            o.reg(B[1], false).s(",#").hexh(W0, 4);
-            break;
-        case S::RwQ1Imm16:
-            o.rw(Q[1]).s(",#").hexh(W0, 4);
-            break;
-        case S::RwQ1Imm4:
-            o.rw(Q[1]).s(",#").hexh(Q[0], 1);
-            break;
-        case S::RbQ1Imm4:
-            o.rb(Q[1]).s(",#").hexh(Q[0], 1);
-            break;
-        case S::RegBImm8:
-            o.reg(B[1], true).s(",#").hexh(B[2], 2);
-            break;
-        case S::RwQ1Mem:
-            o.rw(Q[1]).s(",").mem(W0);
-            break;
-        case S::IndQ1Mem:
-            o.s("[").rw(Q[1]).s("],").mem(W0);
-            break;
-        case S::MemIndQ1:
-            o.mem(W0).s(",[").rw(Q[1]).s("]");
-            break;
-        case S::ShortW:
-        case S::ShortB:
-            if (syntax == S::ShortW)
-                o.rw(Q[0]);
-            else
-                o.rb(Q[0]);
-            if ((Q[1] & 8) == 0)
-                o.s(",#").hexh(Q[1] & 7, 1);
-            else
-                o.s(",[").rw(Q[1] & 3).s((Q[1] & 12) < 12 ? "]" : "+]");
-            break;
-        case S::DispRwQ0:
-            o.s("[").rw(Q[1]).s("+#").hexh(W0, 4).s("],").rw(Q[0]);
-            break;
-        case S::RwQ0Disp:
-            o.rw(Q[0]).s(",[").rw(Q[1]).s("+#").hexh(W0, 4).s("]");
-            break;
-        case S::DispRbQ0:
-            o.s("[").rw(Q[1]).s("+#").hexh(W0, 4).s("],").rb(Q[0]);
-            break;
-        case S::RbQ0Disp:
-            o.rb(Q[0]).s(",[").rw(Q[1]).s("+#").hexh(W0, 4).s("]");
-            break;
-        case S::FieldLow:
-            o.bit(B[1], 16).s(",#").hexh(B[2], 2).s(",#").hexh(B[3], 2);
-            break;
-        case S::FieldHigh:
-            o.bit(B[1], 16).s(",#").hexh(B[3], 2).s(",#").hexh(B[2], 2);
-            break;
-        case S::BitBit:
-            o.bit(B[2], Q[1]).s(",").bit(B[1], Q[0]);
-            break;
-        case S::BitRel:
-            o.bit(B[1], Q[0]).s(",").target(B[2], 4);
-            break;
-        case S::CcInd:
-            o.cc(Q[0]).s(",[").rw(Q[1]).s("]");
-            break;
-        case S::CcAbs:
-            o.cc(Q[0]).s(",").hexh(W0, 4);
-            break;
-        case S::CcRel:
-            o.cc(Q[0]).s(",").target(B[0], 2);
-            break;
-        case S::Rel:
-            o.target(B[1], 2);
-            break;
-        case S::BitB0:
-            o.bit(B[0], Q[0]);
-            break;
-        case S::SegAbs:
-            o.hexh(B[1], 2).s(",").hexh(W0, 4);
-            break;
-        case S::RegWAbs:
-            o.reg(B[1], false).s(",").hexh(W0, 4);
-            break;
-        case S::Trap:
-            o.s("#").hex(B[1] / 2, 2);
-            break;
-        case S::SeqAtomic:
-        case S::SeqExt:
-            Sequence(op, f, t, o);
-            break;
-        case S::Illegal:
-            return kIllegalInstruction;
-    }
+    if (!WriteOperands(syntax, op, f, address, bytes, t, o)) return kIllegalInstruction;
     if (o.bad) return kIllegalOperand;
     return std::move(o.text);
 }

@@ -189,9 +189,7 @@ Frame WriteAssemblyBufferFrame(const ProgramState& st, int unit, int32_t count, 
 
 std::string DriverFile(const ProgramState& st, int unit) {
     CheckBound(unit, kMemoryUnitBound, "memory unit");
-    const std::string& path = st.memoryUnits[static_cast<size_t>(unit)].driverPath;
-    if (path.find(':') != std::string::npos) return path;
-    return ResolveInProgramFolder(st, path);
+    return ResolveInProgramFolder(st, st.memoryUnits[static_cast<size_t>(unit)].driverPath);
 }
 
 int LoadDriver(target::Target& t, std::string_view operationName, int unit) {

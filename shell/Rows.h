@@ -30,6 +30,16 @@ struct RowResult {
 
 using RowFn = RowResult (*)(Session&);
 
+// A row that ran its operation: it fails when the operation gave a code
+// other than 0, and the code goes with it to the front ends' failure line.
+[[nodiscard]] constexpr RowResult Passed(int32_t result) {
+    return {0, result != 0, 0, result};
+}
+
+// The rows that talk to the board need the wired channel; a session without
+// one reports as an unconnected target does and gets nullptr.
+[[nodiscard]] target::Target* TargetOf(Session& s);
+
 // A row id as the table keeps it: the 16-bit value sign-extended, so that
 // RowId(0xC007) is the id of _quit.
 [[nodiscard]] constexpr int32_t RowId(uint32_t hex16) {

@@ -16,10 +16,6 @@ using namespace rowargs;
 
 constexpr RowResult kIllegal{-2, false};
 
-RowResult Passed(int32_t result) {
-    return {0, result != 0};
-}
-
 // The name of a reading command under PATH_LOAD, if the file is there.
 std::optional<std::string> ExistingLoadName(Session& s) {
     std::string name = ResolveLoadPath(s.st, s.parsedParameters[0].text);

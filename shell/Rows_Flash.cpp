@@ -17,17 +17,6 @@ namespace {
 
 using namespace rowargs;
 
-RowResult Passed(int32_t result) {
-    return {0, result != 0};
-}
-
-// The rows need the wired channel; a session without one reports as an
-// unconnected target does.
-target::Target* TargetOf(Session& s) {
-    if (s.target == nullptr) Text2Buffer(s.st, "\r\n*ERROR: Not Connected to Target");
-    return s.target;
-}
-
 // An argument by variable, else its parsed value.
 int32_t VariableOr(const Session& s, int i, int32_t parsed) {
     const ParsedParameter& p = s.parsedParameters[static_cast<size_t>(i)];

@@ -14,23 +14,17 @@
 
 namespace vortelm::shell {
 
+target::Target* TargetOf(Session& s) {
+    if (s.target == nullptr) Text2Buffer(s.st, "\r\n*ERROR: Not Connected to Target");
+    return s.target;
+}
+
 namespace {
 
 using namespace rowargs;
 
 constexpr RowResult kIllegal{-2, false};
 constexpr RowResult kNoKernelFeature{-5, false};
-
-RowResult Passed(int32_t result) {
-    return {0, result != 0, 0, result};
-}
-
-// The target rows need the wired channel; a session without one reports as
-// an unconnected target does.
-target::Target* TargetOf(Session& s) {
-    if (s.target == nullptr) Text2Buffer(s.st, "\r\n*ERROR: Not Connected to Target");
-    return s.target;
-}
 
 void StoreWord(ProgramState& st, int32_t address, int32_t value) {
     for (int32_t i = 0; i < 2; ++i) {

@@ -24,17 +24,6 @@ using namespace rowargs;
 constexpr RowResult kIllegal{-2, false};
 constexpr RowResult kWrongFamily{-6, false};
 
-RowResult Passed(int32_t result) {
-    return {0, result != 0};
-}
-
-// The target rows need the wired channel; a session without one reports as
-// an unconnected target does.
-target::Target* TargetOf(Session& s) {
-    if (s.target == nullptr) Text2Buffer(s.st, "\r\n*ERROR: Not Connected to Target");
-    return s.target;
-}
-
 RowResult Call(Session& s) {
     // start address, then R8 to R15; every bad value is one status at the end
     std::array<int32_t, 9> values{};

@@ -521,9 +521,7 @@ void Board::monitorByte(uint8_t b, std::vector<BoardByte>& out) {
         afterRegisterWrite(address + index, 0, out);
         checksum_ ^= b;
         if (resetMidBlock_ && index + 1 == need_ / 2) {
-            resetMidBlock_ = false;
-            command_ = 0;
-            powerOn();
+            resetNow();
             return;
         }
     }
@@ -531,133 +529,140 @@ void Board::monitorByte(uint8_t b, std::vector<BoardByte>& out) {
     finishCommand(out);
 }
 
+void Board::resetNow() {
+    resetMidBlock_ = false;
+    command_ = 0;
+    powerOn();
+}
+
 void Board::finishCommand(std::vector<BoardByte>& out) {
-    const auto& a = collected_;
     const uint8_t c = command_;
     if (resetMidBlock_ && c != wire::kWriteBlock && c != wire::kReadBlock) {
-        resetMidBlock_ = false;
-        command_ = 0;
-        powerOn();
+        resetNow();
         return;
     }
-    switch (c) {
-        case wire::kWriteBlock: {
-            if (!inData_) {
-                need_ = a[3] | (a[4] << 8);
-                inData_ = true;
-                checksum_ = 0;
-                if (need_ > 0) return;  // the data follow
-            }
-            if (resetMidBlock_) {
-                resetMidBlock_ = false;
-                command_ = 0;
-                powerOn();
-                return;
-            }
-            break;
-        }
-        case wire::kReadBlock: {
-            const uint32_t address = Addr3(a, 0);
-            const uint32_t length = a[3] | (a[4] << 8);
-            checksum_ = 0;
-            for (uint32_t i = 0; i < length; ++i) {
-                const uint8_t v = read(address + i);
-                checksum_ ^= v;
-                emit(out, v);
-                if (resetMidBlock_ && i + 1 == length / 2) {
-                    resetMidBlock_ = false;
-                    command_ = 0;
-                    powerOn();
-                    return;
-                }
-            }
-            if (resetMidBlock_) {
-                resetMidBlock_ = false;
-                command_ = 0;
-                powerOn();
-                return;
-            }
-            break;
-        }
+    if (!runCommand(out)) return;  // it answered itself, waits for more, or reset
+    command_ = 0;
+    if (mode_ == Mode::Monitor) ack2(out);
+}
+
+bool Board::runCommand(std::vector<BoardByte>& out) {
+    const auto& a = collected_;
+    switch (command_) {
+        case wire::kWriteBlock:
+            return finishWriteBlock();
+        case wire::kReadBlock:
+            return readBlock(out);
         case wire::kWriteWord: {
             const uint32_t address = Addr3(a, 0);
             const uint16_t old = readWord(address);
-            if (!write(address, a[3]) || !write(address + 1, a[4])) return;
+            if (!write(address, a[3]) || !write(address + 1, a[4])) return false;
             afterRegisterWrite(address, old, out);
-            break;
+            return true;
         }
         case wire::kReadWord: {
             const uint32_t address = Addr3(a, 0);
             emit(out, read(address));
             emit(out, read(address + 1));
-            break;
+            return true;
         }
-        case wire::kWriteSeq: {
-            // Entries of 6 bytes at the buffer: address (3 bytes), a pad
-            // byte, the word to write.
-            const uint32_t buffer = Addr3(a, 0);
-            for (uint32_t i = 0; i < a[3]; ++i) {
-                const uint32_t e = buffer + 6 * i;
-                const uint32_t address =
-                    read(e) | (read(e + 1) << 8) | (uint32_t(read(e + 2)) << 16);
-                const uint16_t old = readWord(address);
-                if (!write(address, read(e + 4)) || !write(address + 1, read(e + 5))) return;
-                afterRegisterWrite(address, old, out);
-            }
-            break;
-        }
-        case wire::kSetProtection: {
-            if (model_.family != Family::Zt) {
-                command_ = 0;
-                emit(out, wire::kProtectionRefused);
-                return;
-            }
-            if (a[0] != protPassword_) {
-                command_ = 0;
-                emit(out, wire::kProtectionRefused);
-                return;
-            }
-            protPassword_ = a[1];
-            protLevel_ = a[2];
-            break;
-        }
+        case wire::kWriteSeq:
+            return writeSequence(out);
+        case wire::kSetProtection:
+            return setProtection(out);
         case wire::kEinit:
             einit_ = true;
-            break;
-        case wire::kTestComm:
-            break;
+            return true;
         case wire::kGetChecksum:
             emit(out, checksum_);
-            break;
+            return true;
         case wire::kSwReset:
             command_ = 0;
             ack2(out);
             runApplication();
-            return;
+            return false;
         case wire::kAsc1Con:
             command_ = 0;
             ack2(out);
             mode_ = Mode::Asc1Wait;
-            return;
+            return false;
         case wire::kGo:
             command_ = 0;
             doGo(Addr3(a, 0), out);
-            return;
-        case wire::kCall: {
-            const uint32_t entry = Addr3(a, 0);
-            if (!helperZero_ && read(entry) == 'V' && read(entry + 1) == 't' &&
-                read(entry + 2) == 'H' && read(entry + 3) == 'p') {
-                helperZero_ = true;  // a helper takes a trailing zero byte
-                return;
-            }
-            doCall(out);
-            return;
-        }
-        default:
-            break;
+            return false;
+        case wire::kCall:
+            return startCall(out);
+        default:  // the connection test and the rest answer with the acknowledge alone
+            return true;
     }
-    command_ = 0;
-    if (mode_ == Mode::Monitor) ack2(out);
+}
+
+bool Board::finishWriteBlock() {
+    const auto& a = collected_;
+    if (!inData_) {
+        need_ = a[3] | (a[4] << 8);
+        inData_ = true;
+        checksum_ = 0;
+        if (need_ > 0) return false;  // the data follow
+    }
+    if (resetMidBlock_) {
+        resetNow();
+        return false;
+    }
+    return true;
+}
+
+bool Board::readBlock(std::vector<BoardByte>& out) {
+    const uint32_t address = Addr3(collected_, 0);
+    const uint32_t length = collected_[3] | (collected_[4] << 8);
+    checksum_ = 0;
+    for (uint32_t i = 0; i < length; ++i) {
+        const uint8_t v = read(address + i);
+        checksum_ ^= v;
+        emit(out, v);
+        if (resetMidBlock_ && i + 1 == length / 2) break;
+    }
+    if (resetMidBlock_) {
+        resetNow();
+        return false;
+    }
+    return true;
+}
+
+bool Board::writeSequence(std::vector<BoardByte>& out) {
+    // Entries of 6 bytes at the buffer: address (3 bytes), a pad byte, the
+    // word to write.
+    const uint32_t buffer = Addr3(collected_, 0);
+    for (uint32_t i = 0; i < collected_[3]; ++i) {
+        const uint32_t e = buffer + 6 * i;
+        const uint32_t address = read(e) | (read(e + 1) << 8) | (uint32_t(read(e + 2)) << 16);
+        const uint16_t old = readWord(address);
+        if (!write(address, read(e + 4)) || !write(address + 1, read(e + 5))) return false;
+        afterRegisterWrite(address, old, out);
+    }
+    return true;
+}
+
+bool Board::setProtection(std::vector<BoardByte>& out) {
+    if (model_.family != Family::Zt || collected_[0] != protPassword_) {
+        command_ = 0;
+        emit(out, wire::kProtectionRefused);
+        return false;
+    }
+    protPassword_ = collected_[1];
+    protLevel_ = collected_[2];
+    return true;
+}
+
+bool Board::startCall(std::vector<BoardByte>& out) {
+    const uint32_t entry = Addr3(collected_, 0);
+    if (!helperZero_ && read(entry) == 'V' && read(entry + 1) == 't' && read(entry + 2) == 'H' &&
+        read(entry + 3) == 'p') {
+        helperZero_ = true;  // a helper takes a trailing zero byte
+        return false;
+    }
+    doCall(out);
+    return false;
 }
 
 // ---- jumps, calls, drivers ---------------------------------------------------------------
@@ -843,121 +848,128 @@ uint16_t Board::statusWord(std::size_t unit, uint32_t number) const {
     return 0;
 }
 
+namespace {
+
+uint32_t Join(uint16_t high, uint16_t low) {
+    return (uint32_t(high) << 16) | low;
+}
+
+}  // namespace
+
+Board::DriverHeader Board::driverHeaderAt(uint32_t entry) {
+    DriverHeader h;
+    h.generation = read(entry + 4);
+    h.unit = read(entry + 5);
+    h.burst = readWord(entry + 6);
+    h.blank = read(entry + 8);
+    h.buffer = Join(readWord(entry + 12), readWord(entry + 10));
+    h.wordline = Join(readWord(entry + 16), readWord(entry + 14));
+    return h;
+}
+
 void Board::runDriver(uint32_t entry, std::array<uint16_t, 8>& r) {
     // r[0] is R8 ... r[7] is R15.
-    const uint8_t gen = read(entry + 4);
-    const std::size_t unit = read(entry + 5);
-    const uint16_t burst = readWord(entry + 6);
-    const uint8_t blank = read(entry + 8);
-    const uint32_t buffer = readWord(entry + 10) | (uint32_t(readWord(entry + 12)) << 16);
-    const uint32_t wordline = readWord(entry + 14) | (uint32_t(readWord(entry + 16)) << 16);
-    if (unit >= model_.flash.size() || !unitVisible(unit)) {
+    const DriverHeader h = driverHeaderAt(entry);
+    if (h.unit >= model_.flash.size() || !unitVisible(h.unit)) {
         r[7] = 0x0E;  // the flash does not answer
         return;
     }
-    const auto& def = model_.flash[unit];
-    auto& st = flash_[unit];
-    const uint16_t baseHigh = static_cast<uint16_t>(def.sections.at(0).at(0).first >> 16);
-    auto hi = [](uint16_t h, uint16_t l) { return (uint32_t(h) << 16) | l; };
-    uint16_t result = 0;
-    st.lastUnknown = false;
-    auto password = [&](uint16_t low, uint16_t high, uint16_t length) {
-        std::array<uint8_t, 8> p = passwordAt(hi(high, low));
-        for (std::size_t i = std::min<std::size_t>(length, 8); i < 8; ++i) p[i] = ' ';
-        return p;
-    };
-    auto lockOp = [&](uint16_t op, uint16_t sector) -> uint16_t {
-        const auto pw = password(r[2], r[3], r[1]);
-        waitReady(unit);
-        pendingDelay_ += times_.protectUs;
-        switch (op) {
-            case 0x10:
-                if (sector >= st.locked.size()) return 6;
-                if (st.locked[sector] && st.lockPassword[sector] != pw) return 5;
-                st.locked[sector] = true;
-                st.lockPassword[sector] = pw;
-                return 0;
-            case 0x11:
-                if (sector >= st.locked.size()) return 6;
-                if (st.locked[sector] && st.lockPassword[sector] != pw) return 5;
-                st.locked[sector] = false;
-                return 0;
-            case 0x20:
-                if (st.protectedUnit && st.password != pw) return 5;
-                st.protectedUnit = true;
-                st.password = pw;
-                return 0;
-            default:  // 0x21
-                if (!st.protectedUnit) return 0;
-                if (st.password != pw) return 5;
-                st.protectedUnit = false;
-                return 0;
-        }
-    };
+    flash_[h.unit].lastUnknown = false;
     const uint16_t op = r[0];
+    uint16_t result = 0;
     if (op == 0x10 || op == 0x11 || op == 0x20 || op == 0x21) {
-        result = lockOp(op, r[6]);
+        result = lockCommand(h.unit, r);
     } else if (op == 0 && r[7] == 1) {
         // assembly-buffer write: R9 bytes from the buffer at R11:R10 to R14:R13
-        result = program(unit, hi(r[6], r[5]), hi(r[3], r[2]), r[1] & ~1u);
-    } else if (gen == 1) {
-        if (op != 0 && driverInitialised_ != entry) {
-            result = 3;  // used before its initialisation
-        } else if (r[1] != baseHigh) {
-            result = 2;
-        } else {
-            switch (op) {
-                case 0:
-                    driverInitialised_ = entry;
-                    pendingDelay_ += times_.initUs;
-                    r[3] = static_cast<uint16_t>((burst << 8) | blank);
-                    r[1] = static_cast<uint16_t>(buffer >> 16);
-                    r[2] = static_cast<uint16_t>(buffer & 0xFFFF);
-                    break;
-                case 3:
-                    result = program(unit, hi(r[2], r[3]), hi(r[5], r[6]),
-                                     uint32_t(burst) * std::max<uint16_t>(r[4], 1));
-                    break;
-                case 2:
-                    if (r[4] >= def.sections.size()) {
-                        result = 6;
-                    } else if (def.sections[r[4]][0].first != hi(r[2], r[3])) {
-                        result = 7;
-                    } else {
-                        result = eraseSector(unit, r[4]);
-                    }
-                    break;
-                case 5:
-                    r[1] = statusWord(unit, 0);
-                    break;
-                default:
-                    result = 0xFF;
-                    st.lastUnknown = true;
-                    break;
-            }
-        }
+        result = program(h.unit, Join(r[6], r[5]), Join(r[3], r[2]), r[1] & ~1u);
+    } else if (h.generation == 1) {
+        result = firstGenerationCommand(entry, h, r);
     } else {
-        switch (op) {
-            case 0:
-                result = program(unit, hi(r[6], r[5]), hi(r[3], r[2]), r[1]);
-                break;
-            case 1:
-                result = eraseSector(unit, r[6]);
-                break;
-            case 6:
-                r[1] = statusWord(unit, r[6]);
-                break;
-            case 0x88:
-                result = eraseWordline(unit, hi(r[6], r[5]), wordline);
-                break;
-            default:
-                result = 0xFF;
-                st.lastUnknown = true;
-                break;
-        }
+        result = secondGenerationCommand(h, r);
     }
-    if (op != 5 && op != 6) st.lastFailed = result != 0;
+    if (op != 5 && op != 6) flash_[h.unit].lastFailed = result != 0;
     r[7] = result;
+}
+
+uint16_t Board::lockCommand(std::size_t unit, const std::array<uint16_t, 8>& r) {
+    auto& st = flash_[unit];
+    // the password at R11:R10, R9 characters of it, blanks behind
+    std::array<uint8_t, 8> pw = passwordAt(Join(r[3], r[2]));
+    for (std::size_t i = std::min<std::size_t>(r[1], 8); i < 8; ++i) pw[i] = ' ';
+    const uint16_t sector = r[6];
+    waitReady(unit);
+    pendingDelay_ += times_.protectUs;
+    switch (r[0]) {
+        case 0x10:
+            if (sector >= st.locked.size()) return 6;
+            if (st.locked[sector] && st.lockPassword[sector] != pw) return 5;
+            st.locked[sector] = true;
+            st.lockPassword[sector] = pw;
+            return 0;
+        case 0x11:
+            if (sector >= st.locked.size()) return 6;
+            if (st.locked[sector] && st.lockPassword[sector] != pw) return 5;
+            st.locked[sector] = false;
+            return 0;
+        case 0x20:
+            if (st.protectedUnit && st.password != pw) return 5;
+            st.protectedUnit = true;
+            st.password = pw;
+            return 0;
+        default:  // 0x21
+            if (!st.protectedUnit) return 0;
+            if (st.password != pw) return 5;
+            st.protectedUnit = false;
+            return 0;
+    }
+}
+
+uint16_t Board::firstGenerationCommand(uint32_t entry, const DriverHeader& h,
+                                       std::array<uint16_t, 8>& r) {
+    const auto& def = model_.flash[h.unit];
+    const uint16_t op = r[0];
+    const auto baseHigh = static_cast<uint16_t>(def.sections.at(0).at(0).first >> 16);
+    if (op != 0 && driverInitialised_ != entry) return 3;  // used before its initialisation
+    if (r[1] != baseHigh) return 2;
+    switch (op) {
+        case 0:
+            driverInitialised_ = entry;
+            pendingDelay_ += times_.initUs;
+            r[3] = static_cast<uint16_t>((h.burst << 8) | h.blank);
+            r[1] = static_cast<uint16_t>(h.buffer >> 16);
+            r[2] = static_cast<uint16_t>(h.buffer & 0xFFFF);
+            return 0;
+        case 3:
+            return program(h.unit, Join(r[2], r[3]), Join(r[5], r[6]),
+                           uint32_t(h.burst) * std::max<uint16_t>(r[4], 1));
+        case 2:
+            if (r[4] >= def.sections.size()) return 6;
+            if (def.sections[r[4]][0].first != Join(r[2], r[3])) return 7;
+            return eraseSector(h.unit, r[4]);
+        case 5:
+            r[1] = statusWord(h.unit, 0);
+            return 0;
+        default:
+            flash_[h.unit].lastUnknown = true;
+            return 0xFF;
+    }
+}
+
+uint16_t Board::secondGenerationCommand(const DriverHeader& h, std::array<uint16_t, 8>& r) {
+    switch (r[0]) {
+        case 0:
+            return program(h.unit, Join(r[6], r[5]), Join(r[3], r[2]), r[1]);
+        case 1:
+            return eraseSector(h.unit, r[6]);
+        case 6:
+            r[1] = statusWord(h.unit, r[6]);
+            return 0;
+        case 0x88:
+            return eraseWordline(h.unit, Join(r[6], r[5]), h.wordline);
+        default:
+            flash_[h.unit].lastUnknown = true;
+            return 0xFF;
+    }
 }
 
 }  // namespace vortelm::sim

@@ -127,12 +127,38 @@ class Board {
     void startCore(uint32_t first, uint32_t length);
     void monitorByte(uint8_t b, std::vector<BoardByte>& out);
     void finishCommand(std::vector<BoardByte>& out);
+    // The steps of a command whose arguments are in; true when the command
+    // ends with the second acknowledge, false when it answered itself,
+    // waits for more bytes or reset the board.
+    bool runCommand(std::vector<BoardByte>& out);
+    bool finishWriteBlock();
+    bool readBlock(std::vector<BoardByte>& out);
+    bool writeSequence(std::vector<BoardByte>& out);
+    bool setProtection(std::vector<BoardByte>& out);
+    bool startCall(std::vector<BoardByte>& out);
+    // The fault "reset" in the middle of a block: the board powers on again.
+    void resetNow();
     void emit(std::vector<BoardByte>& out, uint8_t b);
     void ack2(std::vector<BoardByte>& out);
     void die() { mode_ = Mode::Dead; }
     void doCall(std::vector<BoardByte>& out);
     void doGo(uint32_t address, std::vector<BoardByte>& out);
     void runDriver(uint32_t entry, std::array<uint16_t, 8>& r);
+    // What a driver image says of itself behind its tag.
+    struct DriverHeader {
+        uint8_t generation = 0;
+        std::size_t unit = 0;
+        uint16_t burst = 0;
+        uint8_t blank = 0;
+        uint32_t buffer = 0;
+        uint32_t wordline = 0;
+    };
+    [[nodiscard]] DriverHeader driverHeaderAt(uint32_t entry);
+    // The driver's commands; each gives the result for R15.
+    uint16_t lockCommand(std::size_t unit, const std::array<uint16_t, 8>& r);
+    uint16_t firstGenerationCommand(uint32_t entry, const DriverHeader& h,
+                                    std::array<uint16_t, 8>& r);
+    uint16_t secondGenerationCommand(const DriverHeader& h, std::array<uint16_t, 8>& r);
     // A called routine of register moves (sim/Routine.h); r is R8 to R15.
     void runRoutine(uint32_t entry, uint16_t cp, std::array<uint16_t, 8>& r);
     [[nodiscard]] bool coreHeaderAt(uint32_t address, uint16_t& mask, uint16_t& length) const;

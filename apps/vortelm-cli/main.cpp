@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -181,21 +182,28 @@ bool InterruptWhileIdle(vortelm::shell::Program& program, bool inputIsTerminal) 
     return !inputIsTerminal;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    StdinSource input;  // before any file is opened: a closed descriptor 0 stays closed
+// What the command line asks for.
+struct Arguments {
     vortelm::shell::ProgramOptions options;
     bool answerYes = true;
-    bool yesOrNoGiven = false;
     bool quiet = false;
     std::string logPath;
+};
+
+// Reads the options into `into`; an exit status when the program ends here
+// (help, version, the port list, a wrong option).
+std::optional<int> ParseArguments(int argc, char** argv, Arguments& into) {
+    bool yesOrNoGiven = false;
     for (int i = 1; i < argc; ++i) {
         const std::string_view a = argv[i];
-        auto value = [&](std::string& into) {
+        auto value = [&](std::string& to) {
             if (i + 1 >= argc) return false;
-            into = argv[++i];
+            to = argv[++i];
             return true;
+        };
+        auto wrong = [](const std::string& why) {
+            std::fprintf(stderr, "vortelm-cli: %s\n%s", why.c_str(), kUsage);
+            return 2;
         };
         if (a == "--help") {
             std::fputs(kHelp, stdout);
@@ -207,76 +215,43 @@ int main(int argc, char** argv) {
         }
         if (a == "--list-ports") return ListPortsAndEnd();
         if (a == "--quiet") {
-            quiet = true;
+            into.quiet = true;
         } else if (a == "--log") {
-            if (!value(logPath) || logPath.empty()) {
-                std::fprintf(stderr, "vortelm-cli: --log needs a file\n%s", kUsage);
-                return 2;
-            }
+            if (!value(into.logPath) || into.logPath.empty()) return wrong("--log needs a file");
         } else if (a == "--boot-entry") {
             std::string name;
             const auto e = value(name) ? vortelm::link::BootEntryFromText(name) : std::nullopt;
-            if (!e) {
-                std::fprintf(stderr, "vortelm-cli: --boot-entry takes %s\n%s", kBootEntries,
-                             kUsage);
-                return 2;
-            }
-            options.bootEntry = static_cast<int16_t>(*e);
+            if (!e) return wrong(std::string("--boot-entry takes ") + kBootEntries);
+            into.options.bootEntry = static_cast<int16_t>(*e);
         } else if (a == "--home") {
-            if (!value(options.home) || options.home.empty()) {
-                std::fprintf(stderr, "vortelm-cli: --home needs a folder\n%s", kUsage);
-                return 2;
-            }
+            if (!value(into.options.home) || into.options.home.empty())
+                return wrong("--home needs a folder");
         } else if (a == "--port") {
-            if (!value(options.portOverride)) {
-                std::fprintf(stderr, "vortelm-cli: --port needs a port text\n%s", kUsage);
-                return 2;
-            }
+            if (!value(into.options.portOverride)) return wrong("--port needs a port text");
         } else if (a == "--yes" || a == "--no") {
-            if (yesOrNoGiven && answerYes != (a == "--yes")) {
-                std::fprintf(stderr, "vortelm-cli: --yes and --no exclude each other\n%s", kUsage);
-                return 2;
-            }
+            if (yesOrNoGiven && into.answerYes != (a == "--yes"))
+                return wrong("--yes and --no exclude each other");
             yesOrNoGiven = true;
-            answerYes = a == "--yes";
+            into.answerYes = a == "--yes";
         } else if (a.size() > 1 && a.front() == '-' && a != "-") {
-            std::fprintf(stderr, "vortelm-cli: unknown option %s\n%s", argv[i], kUsage);
-            return 2;
+            return wrong(std::string("unknown option ") + argv[i]);
         } else {
-            options.AddScriptWord(a);
+            into.options.AddScriptWord(a);
         }
     }
-    options.ResolveHome();
+    into.options.ResolveHome();
+    return std::nullopt;
+}
 
-    // Programs started without waiting (the text editor) are reaped by the
-    // system when they end.
-    std::signal(SIGCHLD, SIG_IGN);
-
-    std::FILE* log = OpenLogFile(logPath);
-    if (!logPath.empty() && log == nullptr) return 2;
-    vortelm::cli::CliHost host(answerYes, quiet);
-    host.setLogFile(log);
-    // Input boxes take their answer from the next line of standard input,
-    // also while a script of the command line runs.
-    host.addSource(input);
-    host.setLineReader([&input, &host]() -> std::optional<std::string> {
-        std::string answer;
-        while (!input.nextLine(answer)) {
-            if (input.eof) return std::nullopt;
-            host.yield(host.nowUs() + 1'000'000);
-        }
-        return answer;
-    });
-    vortelm::apps::AddSimOpener(options.openers);
-    vortelm::shell::Program program(host, options);
-    WireInterrupts(host, program);
+// Runs the lines of standard input until its end, _quit or an interrupt;
+// false when an interrupt ended the job.
+bool RunInput(vortelm::cli::CliHost& host, StdinSource& input, vortelm::shell::Program& program,
+              int16_t& last) {
     const bool inputIsTerminal = ::isatty(STDIN_FILENO) == 1;
-    bool interrupted = false;
     program.StartUp();
-    interrupted = InterruptEndsJob(program, inputIsTerminal);
+    bool interrupted = InterruptEndsJob(program, inputIsTerminal);
     host.showProgress(true);
-
-    int16_t last = program.startupStatus();
+    last = program.startupStatus();
     std::string line;
     while (!program.quitRequested() && !interrupted) {
         if (input.nextLine(line)) {
@@ -289,10 +264,44 @@ int main(int argc, char** argv) {
         host.yield(host.nowUs() + 1'000'000);
         interrupted = InterruptWhileIdle(program, inputIsTerminal);
     }
+    return !interrupted;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    StdinSource input;  // before any file is opened: a closed descriptor 0 stays closed
+    Arguments args;
+    if (const auto end = ParseArguments(argc, argv, args)) return *end;
+
+    // Programs started without waiting (the text editor) are reaped by the
+    // system when they end.
+    std::signal(SIGCHLD, SIG_IGN);
+
+    std::FILE* log = OpenLogFile(args.logPath);
+    if (!args.logPath.empty() && log == nullptr) return 2;
+    vortelm::cli::CliHost host(args.answerYes, args.quiet);
+    host.setLogFile(log);
+    // Input boxes take their answer from the next line of standard input,
+    // also while a script of the command line runs.
+    host.addSource(input);
+    host.setLineReader([&input, &host]() -> std::optional<std::string> {
+        std::string answer;
+        while (!input.nextLine(answer)) {
+            if (input.eof) return std::nullopt;
+            host.yield(host.nowUs() + 1'000'000);
+        }
+        return answer;
+    });
+    vortelm::apps::AddSimOpener(args.options.openers);
+    vortelm::shell::Program program(host, args.options);
+    WireInterrupts(host, program);
+    int16_t last = 0;
+    const bool finished = RunInput(host, input, program, last);
     host.removeSource(input);
     if (!program.quitRequested()) program.ShutDownProgram();
     host.flush();
     if (log != nullptr) std::fclose(log);
-    if (interrupted) return vortelm::cli::kInterruptedStatus;
+    if (!finished) return vortelm::cli::kInterruptedStatus;
     return last == 0 ? 0 : 1;
 }

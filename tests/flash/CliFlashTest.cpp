@@ -15,42 +15,19 @@
 #include <unistd.h>
 
 #include "FlashFixture.h"
+#include "tests/target/support/CliHome.h"
 
 namespace vortelm::testing {
 namespace {
 
 namespace fs = std::filesystem;
 
-class CliFlash : public ::testing::TestWithParam<FamilyCase> {
+class CliFlash : public CliHomeOn<::testing::TestWithParam<FamilyCase>> {
   protected:
     void SetUp() override {
-        home = fs::temp_directory_path() / ("vortelm-cliflash-" + std::to_string(::getpid()) + "-" +
-                                            std::string(GetParam().mctype));
-        fs::remove_all(home);
-        fs::create_directories(home);
-        fs::copy(fs::path(VORTELM_SOURCE_DIR) / "data", home, fs::copy_options::recursive);
+        CliHomeOn::SetUp();
         UseFamily(home.string(), GetParam());
     }
-    void TearDown() override { fs::remove_all(home); }
-
-    std::string run(const std::string& port, const std::string& lines) {
-        const fs::path in = home / "input.txt";
-        std::ofstream(in) << lines;
-        const std::string cmd = std::string(VORTELM_BINARY_DIR) +
-                                "/apps/vortelm-cli/vortelm-cli --home '" + home.string() +
-                                "' --port '" + port + "' < '" + in.string() + "' 2>&1";
-        std::string out;
-        if (FILE* p = ::popen(cmd.c_str(), "r")) {
-            std::array<char, 4096> buf{};
-            size_t n = 0;
-            while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
-            status = ::pclose(p);
-        }
-        return out;
-    }
-
-    fs::path home;
-    int status = -1;
 };
 
 INSTANTIATE_TEST_SUITE_P(Flash, CliFlash, ::testing::ValuesIn(kFamilyCases), FamilyName);
@@ -69,6 +46,17 @@ TEST_P(CliFlash, LoadIProgramUploadCompare) {
         << out;
     EXPECT_EQ(out.find("*ERROR"), std::string::npos) << out;
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+TEST_P(CliFlash, AFailedRowNamesTheOperationsCodeOnStandardError) {
+    const std::string out = run("sim:", "_program\n_erase IFLASH,0\n");
+    EXPECT_NE(
+        out.find("vortelm-cli: _program: failed with code -100 (not connected to the target)\n"),
+        std::string::npos)
+        << out;
+    EXPECT_NE(out.find("vortelm-cli: _erase IFLASH,0: failed with code -100"), std::string::npos)
+        << out;
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != 0) << status;
 }
 
 TEST_P(CliFlash, LockedSectorFailsWithNonZeroStatus) {

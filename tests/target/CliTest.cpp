@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "CliHome.h"
+
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -27,76 +29,14 @@ struct Family {
     int32_t oldCore;  // the kernel's own start address
 };
 
-// 16 bytes at the address of the record, with the record's checksum.
-std::string HexRecord(int address, int seed) {
-    std::ostringstream s;
-    int sum = 16 + (address >> 8) + (address & 0xFF);
-    char buf[16];
-    std::snprintf(buf, sizeof buf, ":10%04X00", address & 0xFFFF);
-    s << buf;
-    for (int i = 0; i < 16; ++i) {
-        const int b = (seed + i * 13) & 0xFF;
-        sum += b;
-        std::snprintf(buf, sizeof buf, "%02X", b);
-        s << buf;
-    }
-    std::snprintf(buf, sizeof buf, "%02X", (-sum) & 0xFF);
-    s << buf << "\n";
-    return s.str();
-}
-
-class Cli : public ::testing::Test {
+class Cli : public vortelm::testing::CliHome {
   protected:
-    void SetUp() override {
-        home = fs::temp_directory_path() /
-               ("vortelm-cli-" + std::to_string(::getpid()) + "-" +
-                ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(home);
-        fs::create_directories(home);
-        fs::copy(fs::path(VORTELM_SOURCE_DIR) / "data", home, fs::copy_options::recursive);
-    }
-    void TearDown() override { fs::remove_all(home); }
-
     // Sets keys of default.ini (the first line that begins with the key).
     void setPreference(const std::string& key, const std::string& value) {
-        editFile(home / "default.ini", key, value);
+        ASSERT_TRUE(CliHomeOn::setPreference(key, value)) << key;
     }
     void editFile(const fs::path& p, const std::string& key, const std::string& value) {
-        std::ifstream in(p);
-        std::stringstream out;
-        std::string line;
-        bool done = false;
-        while (std::getline(in, line)) {
-            if (!done && line.rfind(key, 0) == 0) {
-                line = key + value;
-                done = true;
-            }
-            out << line << "\n";
-        }
-        ASSERT_TRUE(done) << key;
-        std::ofstream(p) << out.str();
-    }
-    void writeImage(const std::string& name, int address, int records) {
-        std::ofstream f(home / name);
-        for (int r = 0; r < records; ++r) f << HexRecord(address + 16 * r, r * 5 + 1);
-        f << ":00000001FF\n";
-    }
-
-    // Runs the CLI with the lines on standard input; the running text.
-    std::string run(const std::string& port, const std::string& lines) {
-        const fs::path in = home / "input.txt";
-        std::ofstream(in) << lines;
-        const std::string cmd = std::string(VORTELM_BINARY_DIR) +
-                                "/apps/vortelm-cli/vortelm-cli --home '" + home.string() +
-                                "' --port '" + port + "' < '" + in.string() + "' 2>&1";
-        std::string out;
-        if (FILE* p = ::popen(cmd.c_str(), "r")) {
-            std::array<char, 4096> buf{};
-            size_t n = 0;
-            while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
-            status = ::pclose(p);
-        }
-        return out;
+        ASSERT_TRUE(CliHomeOn::editFile(p, key, value)) << key;
     }
 
     void family(const Family& f, bool kline) {
@@ -105,13 +45,9 @@ class Cli : public ::testing::Test {
         setPreference("KLINE=", kline ? "1" : "0");
     }
 
-    std::string mainJob(const std::string& port) {
-        return run(port,
-                   "_connect NOPROMPT\n_load x.hex\n_download\n_clearmemory\n_upload\n_compare\n");
-    }
-
-    fs::path home;
-    int status = -1;
+    static constexpr const char* kMainJob =
+        "_connect NOPROMPT\n_load x.hex\n_download\n_clearmemory\n_upload\n_compare\n";
+    std::string mainJob(const std::string& port) { return run(port, kMainJob); }
 };
 
 const Family kFamilies[] = {
@@ -238,34 +174,15 @@ TEST_F(Cli, FaultsNeverGiveAFalseSuccess) {
 TEST_F(Cli, MainJobOnVortelmSimPty) {
     family(kFamilies[0], false);
     writeImage("x.hex", kFamilies[0].image, 32);
-    int toSim[2];
-    int fromSim[2];
-    ASSERT_EQ(::pipe(toSim), 0);
-    ASSERT_EQ(::pipe(fromSim), 0);
-    const std::string sim = std::string(VORTELM_BINARY_DIR) + "/apps/vortelm-sim/vortelm-sim";
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        ::dup2(toSim[0], 0);
-        ::dup2(fromSim[1], 1);
-        ::close(toSim[1]);
-        ::close(fromSim[0]);
-        ::execl(sim.c_str(), sim.c_str(), "--flashtime", "0", static_cast<char*>(nullptr));
-        ::_exit(127);
-    }
-    ::close(toSim[0]);
-    ::close(fromSim[1]);
-    std::string slave;
-    char c = 0;
-    while (::read(fromSim[0], &c, 1) == 1 && c != '\n') slave += c;
-    std::string out;
-    if (!slave.empty()) out = mainJob(slave);
-    ::close(toSim[1]);  // the board program ends with its input
-    ::close(fromSim[0]);
-    int simStatus = 0;
-    ::waitpid(child, &simStatus, 0);
-    ASSERT_FALSE(slave.empty()) << "vortelm-sim printed no slave path";
-    ExpectMainJob(out);
+    ExpectMainJob(runOnPty(kFamilies[0].mctype, kMainJob));
+}
+
+TEST_F(Cli, AFailedSetupRowNamesTheOperationsCodeOnStandardError) {
+    const std::string out = run("sim:", "_movemonitor F000\n");
+    EXPECT_NE(out.find("vortelm-cli: _movemonitor F000: failed with code -100 (not connected to "
+                       "the target)\n"),
+              std::string::npos)
+        << out;
 }
 
 TEST_F(Cli, ConnectFooIsIllegalAndSendsNothing) {

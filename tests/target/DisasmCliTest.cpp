@@ -43,7 +43,7 @@ std::string Record(int address, const std::vector<int>& bytes) {
 // A fresh data home; the lines run against the in-process board.
 class DisasmCli : public vortelm::testing::CliHome {
   protected:
-    std::string run(const std::string& lines) { return CliHome::run("sim:", lines); }
+    std::string run(const std::string& lines) { return CliHomeOn::run("sim:", lines); }
 };
 
 // The routine at FA00 in the default controller's RAM.

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 // A fresh data home; the lines run against the in-process board.
 class SfrCli : public vortelm::testing::CliHome {
   protected:
-    std::string run(const std::string& lines) { return CliHome::run("sim:", lines); }
+    std::string run(const std::string& lines) { return CliHomeOn::run("sim:", lines); }
 };
 
 TEST_F(SfrCli, AddThreeViewRemoveOneViewOnTheBoard) {

@@ -17,12 +17,17 @@
 
 namespace vortelm::testing {
 
-class CliHome : public ::testing::Test {
+// Over ::testing::Test, or over a TestWithParam for tests of each family.
+template <class Base>
+class CliHomeOn : public Base {
   protected:
     void SetUp() override {
+        // a parameterised test's name holds a '/', which must not nest folders
+        std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        for (char& c : name)
+            if (c == '/') c = '-';
         home = std::filesystem::temp_directory_path() /
-               ("vortelm-cli-" + std::to_string(::getpid()) + "-" +
-                ::testing::UnitTest::GetInstance()->current_test_info()->name());
+               ("vortelm-cli-" + std::to_string(::getpid()) + "-" + name);
         std::filesystem::remove_all(home);
         std::filesystem::create_directories(home);
         std::filesystem::copy(std::filesystem::path(VORTELM_SOURCE_DIR) / "data", home,
@@ -123,5 +128,7 @@ class CliHome : public ::testing::Test {
     std::filesystem::path home;
     int status = -1;
 };
+
+using CliHome = CliHomeOn<::testing::Test>;
 
 }  // namespace vortelm::testing
