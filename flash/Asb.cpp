@@ -160,12 +160,10 @@ int DumpModify(ProgramState& st, int32_t xorMask, int32_t andMask, int32_t orMas
         for (int64_t a = sel.start[static_cast<size_t>(i)]; a <= sel.end[static_cast<size_t>(i)];
              a += step) {
             const auto address = static_cast<int32_t>(a);
-            const int32_t word =
-                ReadDumpByte(st.dump, address + 1) * 256 + ReadDumpByte(st.dump, address);
+            const int32_t word = ReadDumpWord(st.dump, address);
             int32_t changed = ((word ^ xorMask) & andMask) | orMask;
             changed = RotateRight(changed, rotate, true, 16);
-            WriteDumpByte(st.dump, address, static_cast<uint8_t>(changed & 0xFF));
-            WriteDumpByte(st.dump, address + 1, static_cast<uint8_t>((changed >> 8) & 0xFF));
+            WriteDumpWord(st.dump, address, static_cast<uint16_t>(changed));
         }
     }
     st.host->refreshMemory();

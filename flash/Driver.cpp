@@ -10,7 +10,7 @@
 #include "flash/Common.h"
 #include "flash/Flash.h"
 #include "image/Dump.h"
-#include "image/HexFile.h"
+#include "image/ImageLoad.h"
 #include "image/Selections.h"
 #include "link/ComPort.h"
 #include "link/Monitor.h"
@@ -204,12 +204,7 @@ int LoadDriver(target::Target& t, std::string_view operationName, int unit) {
         RestoreSelections(st.selections);
         return code;
     };
-    try {
-        ReadHexFile(st, file);
-    } catch (const RunTimeError& e) {
-        Text2Buffer(st, "\r\n*ERROR: " + std::string(e.what()));
-        return fail(-1);
-    }
+    LoadImageFile(st, file, t.readHex);  // a bound error is its line and an empty list
     if (st.selections.count < 1) {
         Text2Buffer(st, "\r\n*ERROR: driver " + file + " holds no data");
         return fail(-1);

@@ -142,11 +142,6 @@ void FFlash::setSectionSelected(int line, bool selected) {
         selected_[static_cast<size_t>(line)] = selected;
 }
 
-bool FFlash::sectionSelected(int line) const {
-    return line >= 0 && line < static_cast<int>(selected_.size()) &&
-           selected_[static_cast<size_t>(line)];
-}
-
 void FFlash::ISections_Click(int line) {
     bitFields_.clear();
     const int u = unit();

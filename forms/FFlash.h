@@ -67,7 +67,6 @@ class FFlash {
     void RefreshSectionList();
     [[nodiscard]] const std::vector<std::string>& sections() const { return sectionLines_; }
     void setSectionSelected(int line, bool selected);
-    [[nodiscard]] bool sectionSelected(int line) const;
 
     // In the mode "STATUS": the bit fields of the picked status word.
     void ISections_Click(int line);

@@ -7,6 +7,7 @@
 #include "core/ProgramState.h"
 #include "core/RunTimeError.h"
 #include "image/HexFile.h"
+#include "image/ImageLoad.h"
 #include "image/Selections.h"
 
 namespace vortelm::forms {
@@ -88,7 +89,9 @@ FKernelEdit::FKernelEdit(ProgramState& st, int index) : st_(st), index_(index) {
 void FKernelEdit::TVortelmPath_LostFocus() {
     if (!Exists(st_, TVortelmPath)) return;
     ClearSelections(st_.selections);
-    ReadHexFile(st_, TVortelmPath);
+    // a bound error of the reader is its line in the log and an empty list
+    LoadImageFile(st_, TVortelmPath,
+                  [](ProgramState& s, const std::string& n) { ReadHexFile(s, n); });
     if (st_.selections.count == 0) return;
     TStart = HexText(LowestSelectedAddress(st_.selections), 6);
     TEnd = HexText(HighestSelectedAddress(st_.selections), 6);

@@ -46,7 +46,7 @@ void FSFRChange::method0(int32_t sfrIndex) {
     const SfrRecord& r = st_.sfrTable[static_cast<size_t>(index)];
     if (st_.ConnectionState == 1 && port_ != nullptr)
         (void)link::Monitor(st_, *port_).cmd_readsfr(r.name);
-    value = ReadDumpByte(st_.dump, r.address) + 256 * ReadDumpByte(st_.dump, r.address + 1);
+    value = ReadDumpWord(st_.dump, r.address);
     sfrName = r.name;
     valueText = Word4(value);
 
@@ -161,8 +161,7 @@ void FSFRChange::BOk_Click() {
         return;
     }
     const int32_t address = st_.sfrTable[static_cast<size_t>(index)].address;
-    WriteDumpByte(st_.dump, address, static_cast<uint8_t>(value & 0xFF));
-    WriteDumpByte(st_.dump, address + 1, static_cast<uint8_t>((value >> 8) & 0xFF));
+    WriteDumpWord(st_.dump, address, static_cast<uint16_t>(value));
     if (st_.ConnectionState == 1) {
         // The controller type's first four characters come in a box on every
         // OK while connected, as they always have.

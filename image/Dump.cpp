@@ -148,6 +148,14 @@ void WriteDumpByte(DumpMemory& dump, int32_t address, uint8_t value) {
 uint8_t ReadDumpByte(DumpMemory& dump, int32_t address) {
     return Touch(dump, address).data[Offset(address)];
 }
+uint16_t ReadDumpWord(DumpMemory& dump, int32_t address) {
+    return static_cast<uint16_t>(ReadDumpByte(dump, address) |
+                                 (ReadDumpByte(dump, address + 1) << 8));
+}
+void WriteDumpWord(DumpMemory& dump, int32_t address, uint16_t value) {
+    WriteDumpByte(dump, address, static_cast<uint8_t>(value & 0xFF));
+    WriteDumpByte(dump, address + 1, static_cast<uint8_t>(value >> 8));
+}
 void SetDefined(DumpMemory& dump, int32_t address, int16_t flag) {
     SetMark(dump, address, flag, kMarkDefined);
 }

@@ -29,6 +29,10 @@ void InitDumpMemory(DumpMemory& dump);
 
 void WriteDumpByte(DumpMemory& dump, int32_t address, uint8_t value);
 [[nodiscard]] uint8_t ReadDumpByte(DumpMemory& dump, int32_t address);
+// A word at the address, low byte first, as the monitor's word commands
+// leave and take it; the marks stay as they are.
+[[nodiscard]] uint16_t ReadDumpWord(DumpMemory& dump, int32_t address);
+void WriteDumpWord(DumpMemory& dump, int32_t address, uint16_t value);
 void SetDefined(DumpMemory& dump, int32_t address, int16_t flag);
 void SetMonitorMark(DumpMemory& dump, int32_t address, int16_t flag);
 void SetValid(DumpMemory& dump, int32_t address, int16_t flag);

@@ -36,10 +36,4 @@ std::vector<uint8_t> FlattenSelections(ProgramState& st) {
     return image;
 }
 
-std::vector<uint8_t> LoadAndFlatten(ProgramState& st, std::string_view name,
-                                    const ImageFileReader& reader) {
-    LoadImageFile(st, name, reader);
-    return FlattenSelections(st);
-}
-
 }  // namespace vortelm

@@ -29,8 +29,4 @@ void LoadImageFile(ProgramState& st, std::string_view name, const ImageFileReade
 // valid.
 [[nodiscard]] std::vector<uint8_t> FlattenSelections(ProgramState& st);
 
-// Both: the bytes of an image file as one run.
-[[nodiscard]] std::vector<uint8_t> LoadAndFlatten(ProgramState& st, std::string_view name,
-                                                  const ImageFileReader& reader);
-
 }  // namespace vortelm

@@ -149,7 +149,7 @@ int32_t ReadSfrValue(Session& s, int32_t sfrIndex) {
     if (s.port == nullptr || sfrIndex < 0 || sfrIndex >= s.st.sfrCount) return -2;
     const int32_t address = s.st.sfrTable[static_cast<size_t>(sfrIndex)].address;
     if (link::Monitor(s.st, *s.port).Cmd_Read(address, 2) != 0) return -2;
-    return ReadDumpByte(s.st.dump, address) + 256 * ReadDumpByte(s.st.dump, address + 1);
+    return ReadDumpWord(s.st.dump, address);
 }
 
 int32_t EvaluateExpression(Session& s, std::string_view text) {

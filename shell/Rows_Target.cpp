@@ -144,8 +144,7 @@ RowResult R16(Session& s) {
         return {0, false};
     }
     const int16_t r = mon.Cmd_ReadWord(address);
-    const int32_t word =
-        ReadDumpByte(s.st.dump, address) + ReadDumpByte(s.st.dump, address + 1) * 256;
+    const int32_t word = ReadDumpWord(s.st.dump, address);
     if (r == 0) Text2Buffer(s.st, "\r\n*" + HexText(address, 6) + ": " + HexText(word, 4));
     return Passed(r);
 }
@@ -168,7 +167,7 @@ RowResult D16(Session& s) {
     if (from < 0 || to < 0) return kIllegal;
     auto* t = TargetOf(s);
     if (t == nullptr) return {0, true};
-    const int32_t word = ReadDumpByte(s.st.dump, from) + ReadDumpByte(s.st.dump, from + 1) * 256;
+    const int32_t word = ReadDumpWord(s.st.dump, from);
     return Passed(link::Monitor(s.st, t->port).Cmd_WriteWord(to, word));
 }
 

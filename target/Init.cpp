@@ -24,12 +24,11 @@ namespace {
 constexpr int32_t kXpen = 0x0004;
 
 int32_t DumpWord(ProgramState& st, int32_t address) {
-    return ReadDumpByte(st.dump, address) + ReadDumpByte(st.dump, address + 1) * 256;
+    return ReadDumpWord(st.dump, address);
 }
 
 void PutDumpWord(ProgramState& st, int32_t address, int32_t value) {
-    WriteDumpByte(st.dump, address, static_cast<uint8_t>(value & 0xFF));
-    WriteDumpByte(st.dump, address + 1, static_cast<uint8_t>((value >> 8) & 0xFF));
+    WriteDumpWord(st.dump, address, static_cast<uint16_t>(value));
 }
 
 // The address of an activation or mapping register: its entry in the

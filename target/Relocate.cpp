@@ -166,7 +166,7 @@ int32_t readSfrWord(Target& t, std::string_view name) {
     const int32_t address = SfrAddressByName(st, name);
     if (address < 0) return -2;
     if (link::Monitor(st, t.port).Cmd_Read(address, 2) != 0) return -2;
-    return ReadDumpByte(st.dump, address) + ReadDumpByte(st.dump, address + 1) * 256;
+    return ReadDumpWord(st.dump, address);
 }
 
 int32_t bitComplement(int32_t value, int32_t bits) {

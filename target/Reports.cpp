@@ -17,7 +17,7 @@ namespace vortelm::target {
 namespace {
 
 int32_t DumpWord(ProgramState& st, int32_t address) {
-    return ReadDumpByte(st.dump, address) + ReadDumpByte(st.dump, address + 1) * 256;
+    return ReadDumpWord(st.dump, address);
 }
 
 void Line(ProgramState& st, const std::string& text) {

@@ -267,6 +267,23 @@ TEST_F(Configure, RemovingTheCurrentKernelFallsBackToTheControllersDefault) {
     EXPECT_EQ(st().kernels[static_cast<size_t>(st().CurrentKernel)].name, "ALD4_DEFAULT");
 }
 
+TEST_F(Configure, AKernelFileTheReaderRefusesIsOneLineAndNoRange) {
+    // an extended linear address the image cannot hold
+    std::ofstream(home + "/home/BAD.HEX") << ":020000048000FA\r\n:00000001FF\r\n";
+    FKernel k(st());
+    FKernelEdit e(st(), k.BAdd());
+    e.TVortelmPath = "BAD.HEX";
+    st().terminalBuffer.clear();
+    const std::string start = e.TStart;
+    e.TVortelmPath_LostFocus();
+    EXPECT_EQ(st().selections.count, 0);
+    EXPECT_EQ(e.TStart, start);
+    EXPECT_NE(st().terminalBuffer.find(
+                  "*ERROR: Intel HEX extended linear address 8000 overflow in line 1"),
+              std::string::npos)
+        << st().terminalBuffer;
+}
+
 TEST_F(Configure, ANewKernelIsCheckedStoredAndWrittenToTheKernelFile) {
     FKernel k(st());
     const int index = k.BAdd();

@@ -25,6 +25,17 @@ TEST(Dump, AfterStartUpNothingIsDefinedAndBytesAreZero) {
     }
 }
 
+TEST(Dump, WordsAreLowByteFirstAcrossASegmentAndLeaveTheMarks) {
+    Fresh f;
+    const int32_t edge = 0x3FFFF;  // the last byte of a segment
+    WriteDumpWord(f.st.dump, edge, 0xA55A);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, edge), 0x5A);
+    EXPECT_EQ(ReadDumpByte(f.st.dump, edge + 1), 0xA5);
+    EXPECT_EQ(ReadDumpWord(f.st.dump, edge), 0xA55A);
+    EXPECT_EQ(IsDefined(f.st.dump, edge), kFalse);
+    EXPECT_EQ(IsValid(f.st.dump, edge + 1), kFalse);
+}
+
 TEST(Dump, InitAllocatesTheFirstFourSegmentsOnly) {
     Fresh f;
     for (int s = 0; s < 4; ++s) EXPECT_TRUE(IsSegmentAllocated(f.st.dump, s)) << s;

@@ -12,7 +12,14 @@
 namespace vortelm::test {
 namespace {
 
-class ImageLoad : public ImageTest {};
+class ImageLoad : public ImageTest {
+  protected:
+    // The boot sequence's use: load, then flatten.
+    std::vector<uint8_t> loadAndFlatten(std::string_view name, const ImageFileReader& reader) {
+        LoadImageFile(*st, name, reader);
+        return FlattenSelections(*st);
+    }
+};
 
 // Two runs with a gap: 11 22 at 0x0100, 33 at 0x0200.
 const char* kTwoRuns =
@@ -22,7 +29,7 @@ const char* kTwoRuns =
 
 TEST_F(ImageLoad, FlattenJoinsTheSelectionsWithoutFillingGaps) {
     WriteFile(path("home/TWO.HEX"), kTwoRuns);
-    const std::vector<uint8_t> bytes = LoadAndFlatten(*st, "TWO.HEX", &ReadHexFile);
+    const std::vector<uint8_t> bytes = loadAndFlatten("TWO.HEX", &ReadHexFile);
     EXPECT_EQ(bytes, (std::vector<uint8_t>{0x11, 0x22, 0x33}));
     EXPECT_EQ(st->selections.count, 2);
     EXPECT_EQ(IsValid(st->dump, 0x0100), kTrue);
@@ -32,12 +39,12 @@ TEST_F(ImageLoad, FlattenJoinsTheSelectionsWithoutFillingGaps) {
 
 TEST_F(ImageLoad, SRecordFilesLoadTheSameWay) {
     WriteFile(path("home/ONE.SRE"), "S10501001122C6\r\nS9030000FC\r\n");
-    EXPECT_EQ(LoadAndFlatten(*st, "ONE.SRE", &ReadSRecordFile), (std::vector<uint8_t>{0x11, 0x22}));
+    EXPECT_EQ(loadAndFlatten("ONE.SRE", &ReadSRecordFile), (std::vector<uint8_t>{0x11, 0x22}));
 }
 
 TEST_F(ImageLoad, NoReaderGivesNothingAndAnEmptyList) {
     st->selections.count = 1;
-    EXPECT_TRUE(LoadAndFlatten(*st, "TWO.HEX", nullptr).empty());
+    EXPECT_TRUE(loadAndFlatten("TWO.HEX", nullptr).empty());
     EXPECT_EQ(st->selections.count, 0);
 }
 
@@ -46,7 +53,7 @@ TEST_F(ImageLoad, ABoundErrorOfTheReaderIsOneLineAndAnEmptyImage) {
         AddSelection(s.selections, 0, 3);
         throw RunTimeError("record beyond the image");
     };
-    EXPECT_TRUE(LoadAndFlatten(*st, "X.HEX", failing).empty());
+    EXPECT_TRUE(loadAndFlatten("X.HEX", failing).empty());
     EXPECT_EQ(takeText(), "\r\n*ERROR: record beyond the image");
     EXPECT_EQ(st->selections.count, 0);
 }
