@@ -129,9 +129,4 @@ SafeWriteResult ReplaceFile(const std::string& path, std::span<const std::string
     return Replace(path, true, [&](int fd) { return WriteAllPieces(fd, pieces); });
 }
 
-SafeWriteResult ReplaceFile(const std::string& path, std::span<const unsigned char> bytes) {
-    return ReplaceFile(path,
-                       std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
-}
-
 }  // namespace vortelm

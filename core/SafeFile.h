@@ -19,8 +19,6 @@ struct SafeWriteResult {
 
 // Replaces the file at path (a file-system path) by bytes.
 [[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path, std::string_view bytes);
-[[nodiscard]] SafeWriteResult ReplaceFile(const std::string& path,
-                                          std::span<const unsigned char> bytes);
 // As ReplaceFile (unique temporary file, renamed over the old one, so that
 // a reader finds the old file or the new one whole) but without the syncs
 // to the disk: only for files the program can make again from others (a
