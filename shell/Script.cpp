@@ -61,129 +61,137 @@ int16_t RepeatCount(const std::string& text) {
 }
 
 // The classification pass: kinds, conditions and jumps of every line.
-// Throws Refused after its words when the script may not start.
-void Classify(Session& s, ScriptLevel& l, int16_t continueOnError) {
-    ProgramState& st = s.st;
-    const bool goOn = continueOnError == 1;
-    BlockStack stack;
-    auto refuse = [&](std::string_view words) {
-        Say(st, words);
-        throw Refused{};
-    };
-    for (int32_t i = 0; i < l.scriptLineCount; ++i) {
-        const std::string& line = l.scriptLines[static_cast<size_t>(i)];
-        ScriptLineRecord& rec = l.scriptRecords[static_cast<size_t>(i)];
-        const std::string upper = UpperCase(line);
-        const auto own = static_cast<int16_t>(i);
-        int16_t kind = -1;
+// Each test of a line is made whatever an earlier test found, so a later
+// match overrides the kind of an earlier one and both have had their effect
+// on the stack. A step throws Refused after its words when the script may
+// not start.
+class Classifier {
+  public:
+    Classifier(Session& s, ScriptLevel& l, bool goOn) : s_(s), st_(s.st), l_(l), goOn_(goOn) {}
 
-        if (Begins(upper, "IF")) {
-            kind = kIf;
-            std::string cond = line.substr(2);
-            if (ParseCondition(st, cond, rec.condition) < 0) {
-                Say(st, "*ERROR: Error in expression in IF statement");
-                if (!goOn) refuse("*ERROR: Script aborted");
-            }
-            rec.jumpTrue = own;
-            stack.push(i);
-        }
-        if (Begins(upper, "ELSE")) {
-            kind = kElse;
-            if (stack.topKind(l) != kIf) {
-                Say(st, "*ERROR: Unexpected ELSE");
-                refuse("*ERROR: Script aborted");
-            }
-            l.scriptRecords[static_cast<size_t>(stack.top())].jumpFalse = own;
-            stack.push(i);
-        }
-        if (Begins(upper, "ENDIF")) {
-            kind = kEndIf;
-            const int32_t top = stack.topKind(l);
-            if (top == kIf) {
-                ScriptLineRecord& r = l.scriptRecords[static_cast<size_t>(stack.top())];
-                if (r.jumpFalse == 0) r.jumpFalse = own;
-                stack.drop(1);
-            } else if (top == kElse) {
-                l.scriptRecords[static_cast<size_t>(stack.top())].jumpFalse = own;
-                stack.drop(2);
-            } else {
-                Say(st, "*ERROR: Unexpected ENDIF");
-                refuse("*ERROR: Script aborted");
-            }
-        }
-        if (Begins(upper, "WHILE")) {
-            kind = kWhile;
-            std::string cond = line.substr(5);
-            if (ParseCondition(st, cond, rec.condition) < 0) {
-                Say(st, "*ERROR: Error in expression in WHILE statement");
-                if (!goOn) refuse("*ERROR: Script aborted");
-            }
-            rec.jumpTrue = own;
-            stack.push(i);
-        }
-        if (Begins(upper, "ENDW")) {
-            kind = kEndW;
-            if (stack.topKind(l) != kWhile) {
-                Say(st, "*ERROR: Unexpected ENDW");
-                refuse("*ERROR: Script aborted");
-            }
-            rec.jumpTrue = static_cast<int16_t>(stack.top());
-            l.scriptRecords[static_cast<size_t>(stack.top())].jumpFalse = own;
-            stack.drop(1);
-        }
+    void line(int32_t i) {
+        const std::string& line = l_.scriptLines[static_cast<size_t>(i)];
+        ScriptLineRecord& rec = l_.scriptRecords[static_cast<size_t>(i)];
+        const std::string upper = UpperCase(line);
+        int16_t kind = -1;
+        if (Begins(upper, "IF")) kind = opening(i, rec, line.substr(2), kIf, "IF");
+        if (Begins(upper, "ELSE")) kind = elseLine(i);
+        if (Begins(upper, "ENDIF")) kind = endIf(i);
+        if (Begins(upper, "WHILE")) kind = opening(i, rec, line.substr(5), kWhile, "WHILE");
+        if (Begins(upper, "ENDW")) kind = endWhile(i, rec);
         if (Begins(upper, "DO")) {
             kind = kDo;
-            stack.push(i);
+            stack_.push(i);
         }
-        if (Begins(upper, "LOOP")) {
-            const size_t until = upper.find("UNTIL");
-            if (until != std::string::npos) {
-                std::string cond = line.substr(until + 5);
-                const int32_t r = ParseCondition(st, cond, rec.condition);
-                if (r == 1) {
-                    kind = kLoopCount;
-                    rec.repeatCount = RepeatCount(cond);
-                    rec.repeatCounter = 0;
-                } else if (r == 2) {
-                    kind = kLoopUntil;
-                } else {
-                    Say(st, "*ERROR: Error in expression in LOOP statement");
-                    if (!goOn) refuse("*ERROR: Script aborted");
-                    // Going on, the broken LOOP ends its block after one pass.
-                    kind = kLoop;
-                    rec.condition = ConditionRecord{0, kConstant, "=", 0, kConstant};
-                }
-            } else {
-                kind = kLoop;
-                rec.condition = ConditionRecord{0, kConstant, "=", 0, kConstant};
-            }
-            if (stack.topKind(l) != kDo) {
-                Say(st, "*ERROR: Unexpected LOOP ");
-                refuse("*ERROR: Script aborted");
-            }
-            rec.jumpTrue = own;
-            rec.jumpFalse = static_cast<int16_t>(stack.top());
-            stack.drop(1);
-        }
-        if (Begins(upper, "GOTO")) {
-            kind = kGoto;
-            const int32_t label = FindLabel(l, line.substr(4));
-            if (label < 0) {
-                Say(st, "*ERROR: Label in Goto Statement not found");
-                refuse("*ERROR: Script aborted");
-            }
-            rec.jumpTrue = static_cast<int16_t>(label);
-        }
+        if (Begins(upper, "LOOP")) kind = loop(i, rec, line, upper);
+        if (Begins(upper, "GOTO")) kind = jump(rec, line);
         if (kind == -1 && !line.empty() && line.back() == ':') kind = kLabel;
-        if (kind == -1) {
-            if (ExecuteShellCommand(s, line, kTrue) < 0 && !goOn) {
-                Say(st, "*ERROR: No valid command (" + line + ")");
-                refuse("*ERROR: Script aborted");
-            }
-            kind = kCommand;
-        }
+        if (kind == -1) kind = command(line);
         rec.kind = kind;
     }
+
+  private:
+    [[noreturn]] void refuse(std::string_view words) {
+        Say(st_, words);
+        throw Refused{};
+    }
+    // A line the block structure does not allow: its words, then the end.
+    [[noreturn]] void unexpected(std::string_view words) {
+        Say(st_, words);
+        refuse("*ERROR: Script aborted");
+    }
+    // A condition that does not parse: its words, and the end unless the
+    // script goes on after errors.
+    void badCondition(std::string_view statement) {
+        Say(st_, "*ERROR: Error in expression in " + std::string(statement) + " statement");
+        if (!goOn_) refuse("*ERROR: Script aborted");
+    }
+
+    // IF and WHILE: the condition, and a block opens.
+    int16_t opening(int32_t i, ScriptLineRecord& rec, std::string cond, int16_t kind,
+                    std::string_view statement) {
+        if (ParseCondition(st_, cond, rec.condition) < 0) badCondition(statement);
+        rec.jumpTrue = static_cast<int16_t>(i);
+        stack_.push(i);
+        return kind;
+    }
+    int16_t elseLine(int32_t i) {
+        if (stack_.topKind(l_) != kIf) unexpected("*ERROR: Unexpected ELSE");
+        l_.scriptRecords[static_cast<size_t>(stack_.top())].jumpFalse = static_cast<int16_t>(i);
+        stack_.push(i);
+        return kElse;
+    }
+    int16_t endIf(int32_t i) {
+        const int32_t top = stack_.topKind(l_);
+        if (top == kIf) {
+            ScriptLineRecord& r = l_.scriptRecords[static_cast<size_t>(stack_.top())];
+            if (r.jumpFalse == 0) r.jumpFalse = static_cast<int16_t>(i);
+            stack_.drop(1);
+        } else if (top == kElse) {
+            l_.scriptRecords[static_cast<size_t>(stack_.top())].jumpFalse = static_cast<int16_t>(i);
+            stack_.drop(2);
+        } else {
+            unexpected("*ERROR: Unexpected ENDIF");
+        }
+        return kEndIf;
+    }
+    int16_t endWhile(int32_t i, ScriptLineRecord& rec) {
+        if (stack_.topKind(l_) != kWhile) unexpected("*ERROR: Unexpected ENDW");
+        rec.jumpTrue = static_cast<int16_t>(stack_.top());
+        l_.scriptRecords[static_cast<size_t>(stack_.top())].jumpFalse = static_cast<int16_t>(i);
+        stack_.drop(1);
+        return kEndW;
+    }
+    int16_t loop(int32_t i, ScriptLineRecord& rec, const std::string& line,
+                 const std::string& upper) {
+        int16_t kind = kLoop;
+        const size_t until = upper.find("UNTIL");
+        if (until != std::string::npos) {
+            std::string cond = line.substr(until + 5);
+            const int32_t r = ParseCondition(st_, cond, rec.condition);
+            if (r == 1) {
+                kind = kLoopCount;
+                rec.repeatCount = RepeatCount(cond);
+                rec.repeatCounter = 0;
+            } else if (r == 2) {
+                kind = kLoopUntil;
+            } else {
+                // Going on, the broken LOOP ends its block after one pass.
+                badCondition("LOOP");
+                rec.condition = ConditionRecord{0, kConstant, "=", 0, kConstant};
+            }
+        } else {
+            rec.condition = ConditionRecord{0, kConstant, "=", 0, kConstant};
+        }
+        if (stack_.topKind(l_) != kDo) unexpected("*ERROR: Unexpected LOOP ");
+        rec.jumpTrue = static_cast<int16_t>(i);
+        rec.jumpFalse = static_cast<int16_t>(stack_.top());
+        stack_.drop(1);
+        return kind;
+    }
+    int16_t jump(ScriptLineRecord& rec, const std::string& line) {
+        const int32_t label = FindLabel(l_, line.substr(4));
+        if (label < 0) unexpected("*ERROR: Label in Goto Statement not found");
+        rec.jumpTrue = static_cast<int16_t>(label);
+        return kGoto;
+    }
+    // Any other line is a shell command, checked without running it.
+    int16_t command(const std::string& line) {
+        if (ExecuteShellCommand(s_, line, kTrue) < 0 && !goOn_)
+            unexpected("*ERROR: No valid command (" + line + ")");
+        return kCommand;
+    }
+
+    Session& s_;
+    ProgramState& st_;
+    ScriptLevel& l_;
+    const bool goOn_;
+    BlockStack stack_;
+};
+
+void Classify(Session& s, ScriptLevel& l, int16_t continueOnError) {
+    Classifier c(s, l, continueOnError == 1);
+    for (int32_t i = 0; i < l.scriptLineCount; ++i) c.line(i);
 }
 
 // The execution pass. Gives 0 when the script ran to its end (or the
