@@ -241,6 +241,25 @@ FConfigure::FConfigure(ProgramState& st, QWidget* parent) : QDialog(parent), log
         show_all();
     });
 
+    auto* top = new QFormLayout;
+    top->addRow(QStringLiteral("Controller type"), type_);
+    top->addRow(QStringLiteral("Clock (Hz)"), clock_);
+    auto* lay = new QVBoxLayout(this);
+    lay->addLayout(top);
+    lay->addLayout(memoryLists());
+    lay->addWidget(registerGrid());
+    lay->addWidget(OkCancel(this, [this]() { BOk_Click(); }));
+
+    logic_.clear_config();
+    logic_.initialize();
+    logic_.get_preferences();
+    show_all();
+    ScaleNewForm(this);
+}
+
+// The memory units with their activated and mapped marks, and the unit
+// buttons under them.
+QLayout* FConfigure::memoryLists() {
     memory_ = new QListWidget;
     memory_->setObjectName(QStringLiteral("IMemoryList"));
     activated_ = new QListWidget;
@@ -266,6 +285,23 @@ FConfigure::FConfigure(ProgramState& st, QWidget* parent) : QDialog(parent), log
     connect(edit, &QPushButton::clicked, this, [this]() { BMemoryEdit_Click(); });
     connect(remove, &QPushButton::clicked, this, [this]() { BMemoryRemove_Click(); });
 
+    auto* lists = new QHBoxLayout;
+    lists->addWidget(memory_, 1);
+    lists->addWidget(activated_);
+    lists->addWidget(mapped_);
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(add);
+    buttons->addWidget(edit);
+    buttons->addWidget(remove);
+    buttons->addStretch();
+    auto* box = new QVBoxLayout;
+    box->addLayout(lists);
+    box->addLayout(buttons);
+    return box;
+}
+
+// The twelve init register rows, the two generic rows and EINIT.
+QGroupBox* FConfigure::registerGrid() {
     auto* regs = new QGroupBox(QStringLiteral("Initialization registers"));
     auto* grid = new QGridLayout(regs);
     for (int i = 0; i < forms::kInitRows; ++i) {
@@ -276,7 +312,7 @@ FConfigure::FConfigure(ProgramState& st, QWidget* parent) : QDialog(parent), log
         names_[static_cast<size_t>(i)]->setEditable(true);
         values_[static_cast<size_t>(i)] = new QLineEdit;
         values_[static_cast<size_t>(i)]->setObjectName(QStringLiteral("TRegValue%1").arg(i));
-        CheckOnFocusLoss(values_[static_cast<size_t>(i)], st,
+        CheckOnFocusLoss(values_[static_cast<size_t>(i)], st_,
                          &forms::FConfigure::CheckRegisterValue);
         const int row = i % 6;
         const int col = (i / 6) * 3;
@@ -293,9 +329,9 @@ FConfigure::FConfigure(ProgramState& st, QWidget* parent) : QDialog(parent), log
             QStringLiteral("TGENADDR%1").arg(g));
         genericData_[static_cast<size_t>(g)] = Field("TGENDATA");
         genericData_[static_cast<size_t>(g)]->setObjectName(QStringLiteral("TGENDATA%1").arg(g));
-        CheckOnFocusLoss(genericAddresses_[static_cast<size_t>(g)], st,
+        CheckOnFocusLoss(genericAddresses_[static_cast<size_t>(g)], st_,
                          &forms::FConfigure::CheckGenericValue);
-        CheckOnFocusLoss(genericData_[static_cast<size_t>(g)], st,
+        CheckOnFocusLoss(genericData_[static_cast<size_t>(g)], st_,
                          &forms::FConfigure::CheckGenericValue);
         grid->addWidget(genericMarks_[static_cast<size_t>(g)], 6 + g, 0, 1, 2);
         grid->addWidget(genericAddresses_[static_cast<size_t>(g)], 6 + g, 2, 1, 2);
@@ -305,30 +341,7 @@ FConfigure::FConfigure(ProgramState& st, QWidget* parent) : QDialog(parent), log
     einit_->setObjectName(QStringLiteral("CEINIT"));
     grid->addWidget(einit_, 8, 0, 1, 3);
 
-    auto* top = new QFormLayout;
-    top->addRow(QStringLiteral("Controller type"), type_);
-    top->addRow(QStringLiteral("Clock (Hz)"), clock_);
-    auto* lists = new QHBoxLayout;
-    lists->addWidget(memory_, 1);
-    lists->addWidget(activated_);
-    lists->addWidget(mapped_);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(add);
-    buttons->addWidget(edit);
-    buttons->addWidget(remove);
-    buttons->addStretch();
-    auto* lay = new QVBoxLayout(this);
-    lay->addLayout(top);
-    lay->addLayout(lists);
-    lay->addLayout(buttons);
-    lay->addWidget(regs);
-    lay->addWidget(OkCancel(this, [this]() { BOk_Click(); }));
-
-    logic_.clear_config();
-    logic_.initialize();
-    logic_.get_preferences();
-    show_all();
-    ScaleNewForm(this);
+    return regs;
 }
 
 void FConfigure::show_all() {

@@ -5,6 +5,8 @@
 // question and store is the class's.
 
 #include <QDialog>
+#include <QGroupBox>
+#include <QLayout>
 
 #include <array>
 
@@ -61,6 +63,8 @@ class FConfigure : public QDialog {
     void stored();
 
   private:
+    QLayout* memoryLists();
+    QGroupBox* registerGrid();
     void take();
     void showMemoryLists();
     forms::FConfigure logic_;
