@@ -10,19 +10,10 @@
 #include <QVBoxLayout>
 
 #include "ui/Colours.h"
+#include "ui/FormParts.h"
 #include "ui/Scaling.h"
 
 namespace vortelm::ui {
-
-namespace {
-
-QLineEdit* Box(const char* name) {
-    auto* e = new QLineEdit;
-    e->setObjectName(QString::fromUtf8(name));
-    return e;
-}
-
-}  // namespace
 
 FFrontendSettings::FFrontendSettings(ProgramState& st, QWidget* parent)
     : QDialog(parent), logic_(st) {
@@ -32,8 +23,8 @@ FFrontendSettings::FFrontendSettings(ProgramState& st, QWidget* parent)
     log_->setObjectName(QStringLiteral("OLog"));
     refreshSfr_ = new QCheckBox(QStringLiteral("Refresh SFR Window"));
     refreshSfr_->setObjectName(QStringLiteral("ORefreshsfr"));
-    blank_ = Box("TBlankchar");
-    scale_ = Box("TScaleFactor");
+    blank_ = Field("TBlankchar");
+    scale_ = Field("TScaleFactor");
 
     auto* grid = new QGridLayout;
     int row = 0;
@@ -43,7 +34,7 @@ FFrontendSettings::FFrontendSettings(ProgramState& st, QWidget* parent)
     grid->addWidget(blank_, row++, 1);
     for (int i = 0; i < forms::kColourBoxes; ++i) {
         const forms::ColourControl& c = forms::kColourControls[static_cast<size_t>(i)];
-        colours_[static_cast<size_t>(i)] = Box(c.box);
+        colours_[static_cast<size_t>(i)] = Field(c.box);
         auto* preview = new QFrame;
         preview->setObjectName(QString::fromUtf8(c.preview));
         preview->setFrameShape(QFrame::Box);

@@ -132,13 +132,7 @@ TEST_F(ConfigureDialog, RegisterRowsReachTheConnectAndAFreshStartGivesTheSameSta
         EXPECT_FALSE(d.findChild<QCheckBox*>("CGEN0")->isChecked());
     }
 
-    shell::ProgramOptions o;
-    o.home = home + "/home";
-    o.portOverride = "sim:";
-    ui::QtHost nextHost;
-    nextHost.setAnswerBoxes(true);
-    shell::Program next(nextHost, o);
-    next.StartUp();
+    NextStart next(home);
     const ProgramState& again = next.state();
     EXPECT_EQ(again.MCTYPE, st().MCTYPE);
     EXPECT_EQ(again.CLK, 16000000);

@@ -162,13 +162,7 @@ TEST_F(MemoryDialog, ANewUnitReachesThePreferencesTheNextConnectAndAFreshStart) 
     EXPECT_EQ(BoardWord(*program, kAddrsel2), 0x0100);
 
     // A fresh start from the file gives the same unit.
-    shell::ProgramOptions o;
-    o.home = home + "/home";
-    o.portOverride = "sim:";
-    ui::QtHost nextHost;
-    nextHost.setAnswerBoxes(true);
-    shell::Program next(nextHost, o);
-    next.StartUp();
+    NextStart next(home);
     ProgramState& again = next.state();
     ASSERT_EQ(again.memoryUnitCount, st().memoryUnitCount);
     const MemoryUnit& v = again.memoryUnits[static_cast<size_t>(units)];

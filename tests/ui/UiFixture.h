@@ -34,6 +34,23 @@ inline void Enter(QComboBox* box, const QString& line) {
     QTest::keyClick(box->lineEdit(), Qt::Key_Return);
 }
 
+// The program started again on the same data home, as the next start of the
+// GUI reads it (without a window).
+struct NextStart {
+    explicit NextStart(const std::string& dir) {
+        host.setAnswerBoxes(true);
+        shell::ProgramOptions o;
+        o.home = dir + "/home";
+        o.portOverride = "sim:";
+        program = std::make_unique<shell::Program>(host, o);
+        program->StartUp();
+    }
+    ProgramState& state() { return program->state(); }
+
+    ui::QtHost host;
+    std::unique_ptr<shell::Program> program;
+};
+
 class UiTest : public ::testing::Test {
   protected:
     void SetUp() override {

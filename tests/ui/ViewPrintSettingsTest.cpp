@@ -147,13 +147,7 @@ TEST_F(Forms, FrontendSettingsChangeTheHexPageColoursAndSurviveARestart) {
 
     // The preference file written at the end holds it for the next start.
     program->ShutDownProgram();
-    shell::ProgramOptions o;
-    o.home = home + "/home";
-    o.portOverride = "sim:";
-    ui::QtHost nextHost;
-    nextHost.setAnswerBoxes(true);
-    shell::Program next(nextHost, o);
-    next.StartUp();
+    NextStart next(home);
     EXPECT_EQ(next.state().COLOR_BGNORMAL, 0x00FF00);
 }
 
