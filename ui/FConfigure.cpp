@@ -17,6 +17,10 @@
 #include <QVBoxLayout>
 
 #include <functional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "core/Host.h"
 #include "core/ProgramState.h"
@@ -147,24 +151,29 @@ void FMemory::take() {
     logic_.DDriverMode = mode_->currentIndex();
 }
 
-// The region form: five fields, the message of the logic in a box.
-void FMemory::BAddRegion_Click() {
+// A small form of fields under the unit dialog: OK stores the typed unit
+// fields, then runs the logic's add with the fields' texts; its message
+// comes in a box and the form stays open.
+bool FMemory::AddThroughForm(
+    const char* name, const char* title,
+    std::span<const std::pair<const char*, const char*>> fields,
+    const std::function<std::string(const std::vector<std::string>&)>& add) {
     QDialog d(this);
-    d.setObjectName(QStringLiteral("FMemoryRegions"));
-    d.setWindowTitle(QStringLiteral("Memory Region"));
-    std::array<QLineEdit*, 5> f{Field("TStart"), Field("TLength"), Field("TMapStart"),
-                                Field("TMapMask"), Field("TMapRegister")};
+    d.setObjectName(QString::fromUtf8(name));
+    d.setWindowTitle(QString::fromUtf8(title));
+    std::vector<QLineEdit*> boxes;
     auto* form = new QFormLayout;
-    const char* captions[] = {"Start address", "Length", "Map start address", "Map mask",
-                              "Map register"};
-    for (size_t i = 0; i < f.size(); ++i) form->addRow(QString::fromUtf8(captions[i]), f[i]);
+    for (const auto& [object, caption] : fields) {
+        boxes.push_back(Field(object));
+        form->addRow(QString::fromUtf8(caption), boxes.back());
+    }
     auto* lay = new QVBoxLayout(&d);
     lay->addLayout(form);
     lay->addWidget(OkCancel(&d, [&]() {
         take();
-        const std::string message = logic_.AddRegion(
-            f[0]->text().toStdString(), f[1]->text().toStdString(), f[2]->text().toStdString(),
-            f[3]->text().toStdString(), f[4]->text().toStdString());
+        std::vector<std::string> texts;
+        for (QLineEdit* b : boxes) texts.push_back(b->text().toStdString());
+        const std::string message = add(texts);
         if (!message.empty()) {
             st_.host->messageBox(message, MsgButtons::Ok, MsgIcon::Exclamation);
             return;
@@ -172,32 +181,30 @@ void FMemory::BAddRegion_Click() {
         d.accept();
     }));
     ScaleNewForm(&d);
-    if (d.exec() == QDialog::Accepted) RefreshAll();
+    return d.exec() == QDialog::Accepted;
+}
+
+void FMemory::BAddRegion_Click() {
+    static constexpr std::pair<const char*, const char*> kFields[] = {
+        {"TStart", "Start address"},
+        {"TLength", "Length"},
+        {"TMapStart", "Map start address"},
+        {"TMapMask", "Map mask"},
+        {"TMapRegister", "Map register"}};
+    if (AddThroughForm("FMemoryRegions", "Memory Region", kFields,
+                       [this](const std::vector<std::string>& t) {
+                           return logic_.AddRegion(t[0], t[1], t[2], t[3], t[4]);
+                       }))
+        RefreshAll();
 }
 
 void FMemory::BAddActivate_Click() {
-    QDialog d(this);
-    d.setObjectName(QStringLiteral("FMemoryActivate"));
-    d.setWindowTitle(QStringLiteral("Activate Register"));
-    QLineEdit* reg = Field("TRegister");
-    QLineEdit* mask = Field("TMask");
-    auto* form = new QFormLayout;
-    form->addRow(QStringLiteral("Register"), reg);
-    form->addRow(QStringLiteral("Mask"), mask);
-    auto* lay = new QVBoxLayout(&d);
-    lay->addLayout(form);
-    lay->addWidget(OkCancel(&d, [&]() {
-        take();
-        const std::string message =
-            logic_.AddActivate(reg->text().toStdString(), mask->text().toStdString());
-        if (!message.empty()) {
-            st_.host->messageBox(message, MsgButtons::Ok, MsgIcon::Exclamation);
-            return;
-        }
-        d.accept();
-    }));
-    ScaleNewForm(&d);
-    if (d.exec() == QDialog::Accepted) RefreshAll();
+    static constexpr std::pair<const char*, const char*> kFields[] = {{"TRegister", "Register"},
+                                                                      {"TMask", "Mask"}};
+    if (AddThroughForm(
+            "FMemoryActivate", "Activate Register", kFields,
+            [this](const std::vector<std::string>& t) { return logic_.AddActivate(t[0], t[1]); }))
+        RefreshAll();
 }
 
 void FMemory::BAddFeature_Click() {

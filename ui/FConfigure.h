@@ -9,6 +9,11 @@
 #include <QLayout>
 
 #include <array>
+#include <functional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "forms/FConfigure.h"
 #include "forms/FMemory.h"
@@ -33,6 +38,9 @@ class FMemory : public QDialog {
 
   private:
     void take();
+    bool AddThroughForm(const char* name, const char* title,
+                        std::span<const std::pair<const char*, const char*>> fields,
+                        const std::function<std::string(const std::vector<std::string>&)>& add);
     forms::FMemory logic_;
     ProgramState& st_;
     QLineEdit* name_ = nullptr;
