@@ -179,18 +179,18 @@ struct UserScript {
 
 // ---- dump memory and selections (operations in image/) ---------------------
 
+// One segment of the image: 64 KiB of values and their status bytes, both
+// placed by image/ (in the space it reserves for the image, or on the heap
+// where that space cannot be had). The status bytes stay unplaced while all
+// of them have one value, uniformStatus: a bulk load of whole segments then
+// touches the values only.
 struct DumpSegment {
-    std::array<uint8_t, 65536> data{};
-    std::array<uint8_t, 65536> status{};
-};
-
-// A segment lives on the heap, or in the space that image/ reserves for all
-// segments of a DumpMemory, which takes it back with the space.
-struct DumpSegmentDeleter {
-    bool onHeap = true;
-    void operator()(DumpSegment* p) const noexcept {
-        if (onHeap) delete p;
-    }
+    uint8_t* data = nullptr;
+    uint8_t* status = nullptr;
+    uint8_t uniformStatus = 0;
+    // Only where the reserved space could not be had.
+    std::unique_ptr<uint8_t[]> heapData;
+    std::unique_ptr<uint8_t[]> heapStatus;
 };
 
 // The local image of the target's address space: 257 segments of 64 KiB,
@@ -200,8 +200,7 @@ struct DumpMemory {
     // The reserved space the segments are placed in (image/Dump.cpp); it is
     // declared before the segments so that it is given back after them.
     std::shared_ptr<void> space;
-    using SegmentPtr = std::unique_ptr<DumpSegment, DumpSegmentDeleter>;
-    std::array<SegmentPtr, kSegments> segments{};
+    std::array<std::unique_ptr<DumpSegment>, kSegments> segments{};
 };
 
 struct SelectionList {

@@ -3,9 +3,11 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
@@ -21,14 +23,16 @@ namespace {
 }
 
 // The space of all segments: address space reserved once, touched only where
-// a segment is placed, one slot per segment.
+// a segment's bytes are placed. The values of segment i lie at
+// values + i * 64 KiB, its status bytes one region further on, so that a
+// load that touches values only never has the kernel clear status pages.
 constexpr size_t kLargePage = size_t(2) << 20;
-constexpr size_t kSlot = sizeof(DumpSegment);
-static_assert(kSlot % 4096 == 0, "segments fill whole pages");
+constexpr size_t kSegmentBytes = 65536;
+constexpr size_t kRegion = kSegmentBytes * DumpMemory::kSegments;
 
 struct SegmentSpace {
     SegmentSpace() {
-        mappingSize = kSlot * DumpMemory::kSegments + kLargePage;
+        mappingSize = 2 * kRegion + kLargePage;
         mapping = ::mmap(nullptr, mappingSize, PROT_READ | PROT_WRITE,
                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
         if (mapping == MAP_FAILED) {
@@ -36,7 +40,7 @@ struct SegmentSpace {
             return;
         }
         const auto a = (reinterpret_cast<uintptr_t>(mapping) + kLargePage - 1) & ~(kLargePage - 1);
-        base = reinterpret_cast<char*>(a);
+        values = reinterpret_cast<uint8_t*>(a);
     }
     ~SegmentSpace() {
         if (mapping) ::munmap(mapping, mappingSize);
@@ -44,10 +48,21 @@ struct SegmentSpace {
     SegmentSpace(const SegmentSpace&) = delete;
     SegmentSpace& operator=(const SegmentSpace&) = delete;
 
+    // A slot that held bytes before (the image was initialised again since)
+    // is cleared when it is placed again; a fresh one is zero already.
+    uint8_t* place(size_t slot, size_t region, std::bitset<DumpMemory::kSegments>& used) {
+        uint8_t* p = values + region * kRegion + slot * kSegmentBytes;
+        if (used.test(slot)) std::memset(p, 0, kSegmentBytes);
+        used.set(slot);
+        return p;
+    }
+
     void* mapping = nullptr;
     size_t mappingSize = 0;
-    char* base = nullptr;  // aligned to a large page
+    uint8_t* values = nullptr;  // aligned to a large page
     bool bulkAdvised = false;
+    std::bitset<DumpMemory::kSegments> valuesUsed;
+    std::bitset<DumpMemory::kSegments> statusUsed;
 };
 
 SegmentSpace* Space(DumpMemory& dump) {
@@ -55,21 +70,46 @@ SegmentSpace* Space(DumpMemory& dump) {
     return static_cast<SegmentSpace*>(dump.space.get());
 }
 
-DumpMemory::SegmentPtr NewSegment(DumpMemory& dump, size_t seg) {
+std::unique_ptr<DumpSegment> NewSegment(DumpMemory& dump, size_t seg) {
+    auto s = std::make_unique<DumpSegment>();
     SegmentSpace* space = Space(dump);
-    if (!space->base) return DumpMemory::SegmentPtr(new DumpSegment(), {true});
+    if (!space->values) {
+        s->heapData = std::make_unique<uint8_t[]>(kSegmentBytes);
+        s->data = s->heapData.get();
+        return s;
+    }
     // A segment that follows one already there is part of a bulk load: the
-    // space from here on may then use large pages, which makes the
-    // first touch of many segments much cheaper. Lone segments stay small.
+    // values from here on may then use large pages, which makes the first
+    // touch of many segments much cheaper. Lone segments stay small.
     if (!space->bulkAdvised && seg > 4 && dump.segments[seg - 1]) {
         const auto from =
-            reinterpret_cast<uintptr_t>(space->base + seg * kSlot) & ~(kLargePage - 1);
-        const auto to = reinterpret_cast<uintptr_t>(space->base + DumpMemory::kSegments * kSlot);
+            reinterpret_cast<uintptr_t>(space->values + seg * kSegmentBytes) & ~(kLargePage - 1);
+        const auto to = reinterpret_cast<uintptr_t>(space->values + kRegion);
         ::madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
         space->bulkAdvised = true;
     }
-    char* slot = space->base + seg * kSlot;
-    return DumpMemory::SegmentPtr(::new (slot) DumpSegment(), {false});
+    s->data = space->place(seg, 0, space->valuesUsed);
+    return s;
+}
+
+// The status bytes of a segment, placed (with the uniform value in every
+// byte) on the first change that leaves them not all equal.
+uint8_t* PlacedStatus(DumpMemory& dump, DumpSegment& s) {
+    if (s.status) return s.status;
+    SegmentSpace* space = Space(dump);
+    if (!space->values) {
+        s.heapStatus = std::make_unique<uint8_t[]>(kSegmentBytes);
+        s.status = s.heapStatus.get();
+    } else {
+        const auto slot = static_cast<size_t>(s.data - space->values) / kSegmentBytes;
+        s.status = space->place(slot, 1, space->statusUsed);
+    }
+    if (s.uniformStatus != 0) std::memset(s.status, s.uniformStatus, kSegmentBytes);
+    return s.status;
+}
+
+uint8_t StatusAt(const DumpSegment& s, uint32_t offset) {
+    return s.status ? s.status[offset] : s.uniformStatus;
 }
 
 // The access step: segment of the address (allocated on touch) and offset.
@@ -92,15 +132,14 @@ constexpr uint32_t Offset(int64_t address) {
 }
 
 void SetMark(DumpMemory& dump, int32_t address, int16_t flag, uint8_t mark) {
-    auto& s = Touch(dump, address).status[Offset(address)];
-    if (flag == kTrue)
-        s = static_cast<uint8_t>(s | mark);
-    else
-        s = static_cast<uint8_t>(s & ~mark);
+    DumpSegment& seg = Touch(dump, address);
+    const uint8_t old = StatusAt(seg, Offset(address));
+    const auto now = static_cast<uint8_t>(flag == kTrue ? old | mark : old & ~mark);
+    if (now != old) PlacedStatus(dump, seg)[Offset(address)] = now;
 }
 
 int16_t HasMark(DumpMemory& dump, int32_t address, uint8_t mark) {
-    return (Touch(dump, address).status[Offset(address)] & mark) ? kTrue : kFalse;
+    return (StatusAt(Touch(dump, address), Offset(address)) & mark) ? kTrue : kFalse;
 }
 
 // Walks address .. address+count-1 in pieces that lie in one segment with
@@ -118,7 +157,7 @@ void ForEachPiece(DumpMemory& dump, int64_t address, int64_t count, Fn&& fn) {
     }
 }
 
-void ApplyMarks(uint8_t* status, size_t n, MarkChange marks) {
+void ApplyMarksTo(uint8_t* status, size_t n, MarkChange marks) {
     const auto keep = static_cast<uint8_t>(~marks.clear);
     // Eight status bytes at a time: a load loses a byte-wise loop's time
     // here on every byte it reads.
@@ -133,6 +172,21 @@ void ApplyMarks(uint8_t* status, size_t n, MarkChange marks) {
         std::memcpy(status + i, &w, 8);
     }
     for (; i < n; ++i) status[i] = static_cast<uint8_t>((status[i] | marks.set) & keep);
+}
+
+// Changes the marks of len status bytes of a segment from off on. Status
+// bytes that are all equal stay so when the change covers the segment or
+// changes nothing.
+void ApplyMarks(DumpMemory& dump, DumpSegment& seg, uint32_t off, size_t len, MarkChange marks) {
+    if (!seg.status) {
+        const auto now = static_cast<uint8_t>((seg.uniformStatus | marks.set) & ~marks.clear);
+        if (now == seg.uniformStatus) return;
+        if (len == kSegmentBytes) {
+            seg.uniformStatus = now;
+            return;
+        }
+    }
+    ApplyMarksTo(PlacedStatus(dump, seg) + off, len, marks);
 }
 
 }  // namespace
@@ -183,8 +237,8 @@ void WriteDumpBlock(DumpMemory& dump, int32_t address, std::span<const uint8_t> 
                     MarkChange marks) {
     ForEachPiece(dump, address, static_cast<int64_t>(bytes.size()),
                  [&](DumpSegment& seg, uint32_t off, size_t len, size_t pos) {
-                     std::memcpy(seg.data.data() + off, bytes.data() + pos, len);
-                     ApplyMarks(seg.status.data() + off, len, marks);
+                     std::memcpy(seg.data + off, bytes.data() + pos, len);
+                     ApplyMarks(dump, seg, off, len, marks);
                  });
 }
 
@@ -192,8 +246,8 @@ void FillDumpBlock(DumpMemory& dump, int32_t address, int64_t count, uint8_t val
                    MarkChange marks) {
     if (count <= 0) return;
     ForEachPiece(dump, address, count, [&](DumpSegment& seg, uint32_t off, size_t len, size_t) {
-        std::memset(seg.data.data() + off, value, len);
-        ApplyMarks(seg.status.data() + off, len, marks);
+        std::memset(seg.data + off, value, len);
+        ApplyMarks(dump, seg, off, len, marks);
     });
 }
 
@@ -201,24 +255,38 @@ void ReadDumpBlock(DumpMemory& dump, int32_t address, std::span<uint8_t> values,
                    std::span<uint8_t> status) {
     ForEachPiece(dump, address, static_cast<int64_t>(values.size()),
                  [&](DumpSegment& seg, uint32_t off, size_t len, size_t pos) {
-                     std::memcpy(values.data() + pos, seg.data.data() + off, len);
-                     if (pos + len <= status.size())
-                         std::memcpy(status.data() + pos, seg.status.data() + off, len);
+                     std::memcpy(values.data() + pos, seg.data + off, len);
+                     if (pos + len > status.size()) return;
+                     if (seg.status)
+                         std::memcpy(status.data() + pos, seg.status + off, len);
+                     else
+                         std::memset(status.data() + pos, seg.uniformStatus, len);
                  });
 }
 
 void MarkDumpBlock(DumpMemory& dump, int32_t address, int64_t count, MarkChange marks) {
     if (count <= 0) return;
     ForEachPiece(dump, address, count, [&](DumpSegment& seg, uint32_t off, size_t len, size_t) {
-        ApplyMarks(seg.status.data() + off, len, marks);
+        ApplyMarks(dump, seg, off, len, marks);
     });
 }
 
 void VisitDumpBlock(DumpMemory& dump, int32_t address, int64_t count,
                     const std::function<void(const uint8_t*, const uint8_t*, size_t)>& fn) {
     if (count <= 0) return;
+    // Status bytes that are all equal are shown to fn from one filled copy.
+    std::vector<uint8_t> same;
+    int sameValue = -1;
     ForEachPiece(dump, address, count, [&](DumpSegment& seg, uint32_t off, size_t len, size_t) {
-        fn(seg.data.data() + off, seg.status.data() + off, len);
+        if (seg.status) {
+            fn(seg.data + off, seg.status + off, len);
+            return;
+        }
+        if (sameValue != seg.uniformStatus) {
+            same.assign(kSegmentBytes, seg.uniformStatus);
+            sameValue = seg.uniformStatus;
+        }
+        fn(seg.data + off, same.data(), len);
     });
 }
 
@@ -229,7 +297,21 @@ DumpRun FindMarkedRun(DumpMemory& dump, int32_t from, int32_t to, uint8_t marks)
         DumpSegment& seg = Touch(dump, a);
         const uint32_t off = Offset(a);
         const int64_t len = std::min<int64_t>(int64_t(to) - a + 1, 65536 - off);
-        const uint8_t* s = seg.status.data() + off;
+        if (!seg.status) {
+            // All status bytes of the segment alike: the piece is one run or none.
+            const bool marked = (seg.uniformStatus & marks) != 0;
+            if (marked && !run.found) {
+                run.found = true;
+                run.first = static_cast<int32_t>(a);
+            }
+            if (run.found) {
+                if (!marked) break;
+                run.last = static_cast<int32_t>(a + len - 1);
+            }
+            a += len;
+            continue;
+        }
+        const uint8_t* s = seg.status + off;
         int64_t i = 0;
         if (!run.found) {
             while (i < len && !(s[i] & marks)) ++i;

@@ -1,6 +1,7 @@
 #pragma once
 // What the image file readers and writers share (not for other folders).
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -48,14 +49,22 @@ inline void CheckRecordSize(int32_t recordSize) {
 // error leaves the reader, so that the image holds what came before it.
 class StagedWrite {
   public:
-    explicit StagedWrite(DumpMemory& dump) : dump_(dump) { bytes_.reserve(kLimit); }
+    explicit StagedWrite(DumpMemory& dump) : dump_(dump) { bytes_.reserve(kSegment); }
     void add(int32_t address, const uint8_t* p, size_t n) {
-        if (n == 0) return;
-        if (!bytes_.empty() &&
-            (int64_t(start_) + int64_t(bytes_.size()) != address || bytes_.size() + n > kLimit))
-            flush();
-        if (bytes_.empty()) start_ = address;
-        bytes_.insert(bytes_.end(), p, p + n);
+        while (n > 0) {
+            if (!bytes_.empty() && int64_t(start_) + int64_t(bytes_.size()) != address) flush();
+            if (bytes_.empty()) start_ = address;
+            // The buffer never crosses a segment's end, so that a load of
+            // whole segments writes each in one piece, which keeps its status
+            // bytes all alike and unplaced.
+            const auto room = static_cast<size_t>(kSegment - (start_ & 0xFFFF)) - bytes_.size();
+            const size_t take = std::min(n, room);
+            bytes_.insert(bytes_.end(), p, p + take);
+            if (take == room) flush();
+            address = static_cast<int32_t>(int64_t(address) + int64_t(take));
+            p += take;
+            n -= take;
+        }
     }
     void flush() {
         if (bytes_.empty()) return;
@@ -70,8 +79,7 @@ class StagedWrite {
     }
 
   private:
-    // One segment of the image: a flush then touches one segment.
-    static constexpr size_t kLimit = size_t(1) << 16;
+    static constexpr int64_t kSegment = 65536;
     DumpMemory& dump_;
     int32_t start_ = 0;
     std::vector<uint8_t> bytes_;
