@@ -8,11 +8,33 @@ namespace vortelm {
 // A state made without a host gets its own quiet one: it answers every
 // question with its default and draws nothing.
 ProgramState::ProgramState()
-    : ownHost_(std::make_unique<Host>()), host(ownHost_.get()), sfrTable(kSfrBound + 1) {}
+    : ownHost_(std::make_unique<Host>()), host(ownHost_.get()) {}
 
-ProgramState::ProgramState(Host& h) : host(&h), sfrTable(kSfrBound + 1) {}
+ProgramState::ProgramState(Host& h) : host(&h) {}
 
 ProgramState::~ProgramState() = default;
+
+SfrRecord& SfrRecords::operator[](size_t i) {
+    CheckBound(static_cast<long long>(i), kSfrBound, "SFR table");
+    if (i >= made_.size()) {
+        // The whole table is reserved at once (address space only, touched
+        // as records are made), so the records never move.
+        if (made_.capacity() < size()) made_.reserve(size());
+        made_.resize(i + 1);
+    }
+    return made_[i];
+}
+
+const SfrRecord& SfrRecords::operator[](size_t i) const {
+    static const SfrRecord kNone;
+    return i < made_.size() ? made_[i] : kNone;
+}
+
+std::span<SfrRecord> SfrRecords::first(size_t n) {
+    if (n == 0) return {};
+    (void)(*this)[n - 1];
+    return {made_.data(), n};
+}
 
 void SetProgramFolderDefaults(ProgramState& st) {
     st.PATH_LOAD = st.programFolder;

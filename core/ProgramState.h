@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,23 @@
 namespace vortelm {
 
 class Host;
+
+// The SFR table: kSfrBound + 1 records by index. A record is made when it is
+// first written to, and one never written reads as an empty record: most
+// register files hold a few hundred records, and making all of them cost a
+// large part of every start. References to records stay valid as it grows.
+class SfrRecords {
+  public:
+    [[nodiscard]] static constexpr size_t size() { return kSfrBound + 1; }
+    // Past the table's bound this throws RunTimeError naming it.
+    SfrRecord& operator[](size_t i);
+    const SfrRecord& operator[](size_t i) const;
+    // Records 0 to n-1, made where they were not yet (n at most size()).
+    [[nodiscard]] std::span<SfrRecord> first(size_t n);
+
+  private:
+    std::vector<SfrRecord> made_;
+};
 
 struct ProgramState {
     ProgramState();
@@ -93,7 +111,7 @@ struct ProgramState {
     std::array<InitRegister, kInitRegisterBound + 1> initRegisters{};
     int16_t initRegisterCount = 0;
 
-    std::vector<SfrRecord> sfrTable;  // kSfrBound + 1 entries
+    SfrRecords sfrTable;
     int16_t sfrCount = 0;
 
     std::array<SfrSet, kSfrSetBound + 1> sfrSets{};

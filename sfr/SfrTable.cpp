@@ -273,7 +273,7 @@ namespace {
 
 // The rank of each record's name among the distinct names (0 for the
 // smallest); groups is set to the number of distinct names.
-std::vector<size_t> NameRanks(const std::vector<SfrRecord>& records, size_t n, size_t& groups) {
+std::vector<size_t> NameRanks(std::span<const SfrRecord> records, size_t n, size_t& groups) {
     std::vector<std::pair<std::string_view, size_t>> order(n);
     for (size_t i = 0; i < n; ++i) order[i] = {records[i].name, i};
     std::stable_sort(order.begin(), order.end(),
@@ -347,7 +347,7 @@ std::vector<size_t> FinalPlaces(const std::vector<size_t>& rank, size_t groups, 
 
 // Moves the records along the cycles of the permutation, so that each record
 // moves once.
-void MoveToPlaces(std::vector<SfrRecord>& records, std::vector<size_t>& target, size_t n) {
+void MoveToPlaces(std::span<SfrRecord> records, std::vector<size_t>& target, size_t n) {
     for (size_t start = 0; start < n; ++start) {
         if (target[start] == start) continue;
         SfrRecord carried = std::move(records[start]);
@@ -367,7 +367,7 @@ void MoveToPlaces(std::vector<SfrRecord>& records, std::vector<size_t>& target, 
 
 }  // namespace
 
-void SortSfrRecords(std::vector<SfrRecord>& records, size_t count) {
+void SortSfrRecords(std::span<SfrRecord> records, size_t count) {
     const size_t n = std::min(count, records.size());
     if (n < 2) return;
     // The first pass of the exchange sort (i = 0) carries the first largest
@@ -420,7 +420,8 @@ int ReadSfrFile(ProgramState& st, std::string_view path) {
         Text2Buffer(st, CrLf() + "*ERROR: " + e.what() + " in " + std::string(path));
         return -2;
     }
-    SortSfrRecords(st.sfrTable, static_cast<size_t>(st.sfrCount));
+    const auto count = static_cast<size_t>(std::clamp<int32_t>(st.sfrCount, 0, kSfrBound + 1));
+    SortSfrRecords(st.sfrTable.first(count), count);
     (void)WriteSfrCache(st, cache);
     return 0;
 }
@@ -495,18 +496,18 @@ namespace {
 // The records a lookup searches: the count, kept inside the bound and the
 // table as it is.
 int32_t SearchedCount(const ProgramState& st) {
-    return std::clamp<int32_t>(
-        st.sfrCount, 0, std::min<int32_t>(kSfrBound + 1, static_cast<int32_t>(st.sfrTable.size())));
+    return std::clamp<int32_t>(st.sfrCount, 0, kSfrBound + 1);
 }
 
 }  // namespace
 
 int32_t SfrIndexByName(const ProgramState& st, std::string_view name) {
     const int32_t count = SearchedCount(st);
-    const SfrRecord* table = st.sfrTable.data();
     // The length is compared first, here: most names differ in it.
-    for (int32_t i = 0; i < count; ++i)
-        if (table[i].name.size() == name.size() && EqualUpper(table[i].name, name)) return i;
+    for (int32_t i = 0; i < count; ++i) {
+        const SfrRecord& r = st.sfrTable[static_cast<size_t>(i)];
+        if (r.name.size() == name.size() && EqualUpper(r.name, name)) return i;
+    }
     return -1;
 }
 

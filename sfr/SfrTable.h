@@ -49,7 +49,7 @@ void ReadSfrCacheBytes(ProgramState& st, std::span<const uint8_t> bytes);
 // The exchange sort's order (for i, for j: exchange when name i < name j)
 // in O(n log n): binary order of names, and among equal names the order that
 // exchange sort leaves, which is not their file order.
-void SortSfrRecords(std::vector<SfrRecord>& records, size_t count);
+void SortSfrRecords(std::span<SfrRecord> records, size_t count);
 
 // Lookups, linear from index 0; -1 when nothing matches.
 [[nodiscard]] int32_t SfrIndexByName(const ProgramState& st, std::string_view name);

@@ -67,8 +67,6 @@ class Baud : public TargetFixture {
         st.BAUDRATE = 9600;
     }
     void addSfr(const char* name, int32_t address) {
-        if (st.sfrTable.size() <= static_cast<size_t>(st.sfrCount))
-            st.sfrTable.resize(st.sfrCount + 1u);
         st.sfrTable[static_cast<size_t>(st.sfrCount)].name = name;
         st.sfrTable[static_cast<size_t>(st.sfrCount)].address = address;
         ++st.sfrCount;

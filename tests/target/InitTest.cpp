@@ -21,8 +21,6 @@ class Init : public TargetFixture {
         st.EINIT = 1;
     }
     void addSfr(const char* name, int32_t address) {
-        if (st.sfrTable.size() <= static_cast<size_t>(st.sfrCount))
-            st.sfrTable.resize(st.sfrCount + 1u);
         st.sfrTable[static_cast<size_t>(st.sfrCount)].name = name;
         st.sfrTable[static_cast<size_t>(st.sfrCount)].address = address;
         ++st.sfrCount;

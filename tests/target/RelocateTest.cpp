@@ -112,7 +112,6 @@ TEST_F(Relocate, MissingHelperReportsTheLoaderAndTheHelper) {
 }
 
 TEST_F(Relocate, ReadSfrWord) {
-    st.sfrTable.resize(std::max<size_t>(st.sfrTable.size(), 1));
     st.sfrTable[0].name = "SYSCON";
     st.sfrTable[0].address = 0xFF12;
     st.sfrCount = 1;
