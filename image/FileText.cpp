@@ -19,9 +19,13 @@ std::optional<FileBytes> FileBytes::Open(const std::string& nativeName) {
     }
     FileBytes f;
     if (S_ISREG(sb.st_mode) && sb.st_size > 0) {
-        void* p = ::mmap(nullptr, static_cast<size_t>(sb.st_size), PROT_READ,
-                         MAP_PRIVATE | MAP_POPULATE, fd, 0);
+        void* p =
+            ::mmap(nullptr, static_cast<size_t>(sb.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
         if (p != MAP_FAILED) {
+            // The pages are read ahead while the reader works through the
+            // first ones, instead of all of them before it starts.
+            ::madvise(p, static_cast<size_t>(sb.st_size), MADV_SEQUENTIAL);
+            ::madvise(p, static_cast<size_t>(sb.st_size), MADV_WILLNEED);
             f.data_ = static_cast<const char*>(p);
             f.size_ = static_cast<size_t>(sb.st_size);
             f.mapped_ = true;
