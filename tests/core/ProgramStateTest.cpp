@@ -86,6 +86,28 @@ TEST(ProgramState, TableBoundsAndCounts) {
     for (const auto& seg : st->dump.segments) EXPECT_EQ(seg, nullptr);
 }
 
+TEST(ProgramState, SfrRecordsAreMadeOnWriteAndReadEmptyBefore) {
+    auto st = std::make_unique<ProgramState>();
+    const ProgramState& view = *st;
+    EXPECT_EQ(view.sfrTable[8192].name, "");
+    EXPECT_EQ(view.sfrTable[9000].address, 0);  // past the bound: an empty record, no access
+    SfrRecord& first = st->sfrTable[0];
+    first.name = "SYSCON";
+    st->sfrTable[8192].name = "LAST";  // the table grows; the first record stays where it was
+    EXPECT_EQ(&first, &st->sfrTable[0]);
+    EXPECT_EQ(view.sfrTable[0].name, "SYSCON");
+    EXPECT_EQ(view.sfrTable[8192].name, "LAST");
+    EXPECT_EQ(view.sfrTable[100].name, "");
+    try {
+        (void)st->sfrTable[8193];
+        FAIL() << "no bound error";
+    } catch (const RunTimeError& e) {
+        EXPECT_STREQ(e.what(), "SFR table index 8193 out of range 0 to 8192");
+    }
+    EXPECT_EQ(st->sfrTable.first(3).size(), 3u);
+    EXPECT_EQ(st->sfrTable.first(3)[0].name, "SYSCON");
+}
+
 TEST(ProgramState, MessageCodes) {
     const MessageCodes c;
     EXPECT_EQ(c.C_WRITE_BLOCK, 0x84);

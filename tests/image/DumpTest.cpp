@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <random>
 #include <vector>
 
 #include "core/ProgramState.h"
@@ -162,6 +163,118 @@ TEST(Dump, FindMarkedRunFindsRunsAcrossSegments) {
     EXPECT_EQ(r.last, 0x1FFF3);
     EXPECT_FALSE(FindMarkedRun(f.st.dump, 0x20101, 0x2FFFF, kMarkDefined).found);
     EXPECT_FALSE(FindMarkedRun(f.st.dump, 0x20101, 0x20100, kMarkDefined).found);
+}
+
+
+// A plain model of six segments: a value and a status byte per address.
+struct Model {
+    static constexpr int32_t kBase = 0x40000;
+    static constexpr int32_t kSize = 6 * 65536;
+    std::vector<uint8_t> values = std::vector<uint8_t>(kSize, 0);
+    std::vector<uint8_t> status = std::vector<uint8_t>(kSize, 0);
+    void change(int32_t a, int64_t n, MarkChange m, const uint8_t* bytes, int fill) {
+        for (int64_t i = 0; i < n; ++i) {
+            auto& s = status[static_cast<size_t>(a - kBase + i)];
+            s = static_cast<uint8_t>((s | m.set) & ~m.clear);
+            if (bytes) values[static_cast<size_t>(a - kBase + i)] = bytes[i];
+            if (fill >= 0) values[static_cast<size_t>(a - kBase + i)] = static_cast<uint8_t>(fill);
+        }
+    }
+};
+
+TEST(Dump, WholeSegmentAndPartialChangesAgreeWithAPlainModel) {
+    std::mt19937 rng(20261123);
+    const MarkChange kinds[] = {kMarksLoaded, kMarksFromTarget, {0, kMarkDefined},
+                                {kMarkMonitor, 0}, {0, kMarkDefined | kMarkValid}};
+    for (int round = 0; round < 40; ++round) {
+        Fresh f;
+        Model m;
+        for (int step = 0; step < 30; ++step) {
+            // Half of the changes cover whole segments, the rest a piece.
+            const bool whole = rng() % 2 == 0;
+            const int32_t seg = static_cast<int32_t>(rng() % 6);
+            int32_t a = Model::kBase + seg * 65536;
+            int64_t n = 65536 * (1 + rng() % 2);
+            if (!whole) {
+                a += static_cast<int32_t>(rng() % 65536);
+                n = 1 + rng() % 3000;
+            }
+            n = std::min<int64_t>(n, Model::kBase + Model::kSize - a);
+            const MarkChange mc = kinds[rng() % 5];
+            switch (rng() % 4) {
+                case 0: {
+                    std::vector<uint8_t> bytes(static_cast<size_t>(n));
+                    for (auto& b : bytes) b = static_cast<uint8_t>(rng());
+                    WriteDumpBlock(f.st.dump, a, bytes, mc);
+                    m.change(a, n, mc, bytes.data(), -1);
+                    break;
+                }
+                case 1: {
+                    const auto v = static_cast<uint8_t>(rng());
+                    FillDumpBlock(f.st.dump, a, n, v, mc);
+                    m.change(a, n, mc, nullptr, v);
+                    break;
+                }
+                case 2:
+                    MarkDumpBlock(f.st.dump, a, n, mc);
+                    m.change(a, n, mc, nullptr, -1);
+                    break;
+                default: {
+                    const int16_t on = rng() % 2 ? kTrue : kFalse;
+                    SetValid(f.st.dump, a, on);
+                    m.change(a, 1, on == kTrue ? MarkChange{kMarkValid, 0} : MarkChange{0, kMarkValid},
+                             nullptr, -1);
+                }
+            }
+        }
+        std::vector<uint8_t> values(Model::kSize), status(Model::kSize);
+        ReadDumpBlock(f.st.dump, Model::kBase, values, status);
+        ASSERT_EQ(values, m.values) << "round " << round;
+        ASSERT_EQ(status, m.status) << "round " << round;
+        std::vector<uint8_t> seen;
+        VisitDumpBlock(f.st.dump, Model::kBase, Model::kSize,
+                       [&](const uint8_t*, const uint8_t* st, size_t len) {
+                           seen.insert(seen.end(), st, st + len);
+                       });
+        ASSERT_EQ(seen, m.status) << "round " << round;
+        for (int32_t a = Model::kBase; a < Model::kBase + Model::kSize; a += 4099)
+            ASSERT_EQ(IsDefined(f.st.dump, a) == kTrue,
+                      (m.status[static_cast<size_t>(a - Model::kBase)] & kMarkDefined) != 0);
+        // The first run of Defined bytes as the model has it.
+        const auto from = static_cast<int32_t>(rng() % Model::kSize);
+        size_t i = static_cast<size_t>(from);
+        while (i < m.status.size() && !(m.status[i] & kMarkDefined)) ++i;
+        const DumpRun r =
+            FindMarkedRun(f.st.dump, Model::kBase + from, Model::kBase + Model::kSize - 1,
+                          kMarkDefined);
+        ASSERT_EQ(r.found, i < m.status.size()) << "round " << round;
+        if (!r.found) continue;
+        size_t j = i;
+        while (j < m.status.size() && (m.status[j] & kMarkDefined)) ++j;
+        EXPECT_EQ(r.first, Model::kBase + static_cast<int32_t>(i));
+        EXPECT_EQ(r.last, Model::kBase + static_cast<int32_t>(j) - 1);
+    }
+}
+
+TEST(Dump, InitAgainClearsTheValuesAndMarksOfSegmentsUsedBefore) {
+    Fresh f;
+    std::vector<uint8_t> bytes(3 * 65536, 0xA5);
+    WriteDumpBlock(f.st.dump, 0x50000, bytes, kMarksLoaded);  // whole segments
+    SetValid(f.st.dump, 0x1234, kTrue);                       // one byte of segment 0
+    InitDumpMemory(f.st.dump);
+    for (int32_t a : {0x1234, 0x50000, 0x5FFFF, 0x6ABCD, 0x7FFFF}) {
+        EXPECT_EQ(ReadDumpByte(f.st.dump, a), 0) << a;
+        EXPECT_EQ(IsDefined(f.st.dump, a), kFalse) << a;
+        EXPECT_EQ(IsValid(f.st.dump, a), kFalse) << a;
+    }
+    // A byte changed in a segment whose marks were all alike keeps the others.
+    WriteDumpBlock(f.st.dump, 0x50000, std::span<const uint8_t>(bytes.data(), 65536),
+                   kMarksFromTarget);
+    SetValid(f.st.dump, 0x50010, kFalse);
+    EXPECT_EQ(IsValid(f.st.dump, 0x50010), kFalse);
+    EXPECT_EQ(IsValid(f.st.dump, 0x5000F), kTrue);
+    EXPECT_EQ(IsValid(f.st.dump, 0x50011), kTrue);
+    EXPECT_EQ(IsDefined(f.st.dump, 0x50010), kTrue);
 }
 
 }  // namespace
