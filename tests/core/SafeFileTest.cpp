@@ -52,6 +52,23 @@ TEST(SafeFile, WritesPiecesInOrderPastTheLimitOfOneCall) {
     EXPECT_EQ(Slurp(dir.file("p.txt")), "");
 }
 
+TEST(SafeFile, LargePiecesAreCutWhereTheEarlySyncsFallAndStayInOrder) {
+    testing::TempDir dir;
+    // Pieces of 3 MiB and a few bytes: every 4 MiB a write ends inside a
+    // piece, and the next write goes on from the middle of it.
+    std::vector<std::string> texts;
+    std::string expected;
+    for (int i = 0; i < 5; ++i) {
+        texts.emplace_back((size_t(3) << 20) + 7 * size_t(i), static_cast<char>('a' + i));
+        texts.emplace_back(std::to_string(i));
+        for (const auto& t : {texts[texts.size() - 2], texts.back()}) expected += t;
+    }
+    std::vector<std::string_view> pieces(texts.begin(), texts.end());
+    ASSERT_TRUE(ReplaceFile(dir.file("big.bin"), pieces).ok);
+    EXPECT_TRUE(Slurp(dir.file("big.bin")) == expected);
+    EXPECT_EQ(EntriesIn(dir.path), 1u);
+}
+
 TEST(SafeFile, AnUnsyncedReplaceIsStillWholeAndLeavesNoTemporary) {
     testing::TempDir dir;
     dir.write("c.sb", "old cache");
