@@ -36,6 +36,28 @@ class FileBytes {
     std::vector<char> copy_;
 };
 
+// A large scratch area of fresh (zeroed) pages, large pages where the
+// kernel has them: their first touch costs a fraction of that of small ones.
+class ScratchBytes {
+  public:
+    ScratchBytes() = default;
+    // Throws std::bad_alloc when the pages cannot be had.
+    explicit ScratchBytes(size_t size);
+    ScratchBytes(ScratchBytes&& other) noexcept;
+    ScratchBytes& operator=(ScratchBytes&& other) noexcept;
+    ScratchBytes(const ScratchBytes&) = delete;
+    ScratchBytes& operator=(const ScratchBytes&) = delete;
+    ~ScratchBytes();
+    [[nodiscard]] uint8_t* data() const { return data_; }
+    [[nodiscard]] size_t size() const { return size_; }
+
+  private:
+    void* mapping_ = nullptr;
+    size_t mappingSize_ = 0;
+    uint8_t* data_ = nullptr;
+    size_t size_ = 0;
+};
+
 // Lines of a text, as the line input of the original reads them.
 class LineCursor {
   public:
@@ -43,6 +65,10 @@ class LineCursor {
     [[nodiscard]] bool atEnd() const { return pos_ >= text_.size(); }
     // The next line without its end; call only when !atEnd().
     std::string_view next();
+    // Where the next line starts.
+    [[nodiscard]] size_t position() const { return pos_; }
+    // Goes on at pos, a line start at or after position().
+    void skipTo(size_t pos) { pos_ = pos; }
 
   private:
     std::string_view text_;
@@ -95,9 +121,10 @@ inline constexpr HexPairs kHexPairs{};
 
 #if defined(__SSE2__)
 // Eight bytes from sixteen hexadecimal characters (upper or lower case), the
-// first character of a pair the high digit. False, writing nothing, when any
-// of the sixteen is not a hexadecimal digit.
-inline bool HexBytes16(const char* p, uint8_t* out) {
+// first character of a pair the high digit, in the low half of bytes (and
+// again in the high half). False when any of the sixteen is not a
+// hexadecimal digit.
+inline bool HexPack16(const char* p, __m128i& bytes) {
     const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     // Signed compares: characters from 0x80 on are negative and match nothing.
     const __m128i digit = _mm_and_si128(_mm_cmpgt_epi8(x, _mm_set1_epi8('0' - 1)),
@@ -113,7 +140,15 @@ inline bool HexBytes16(const char* p, uint8_t* out) {
     const __m128i pairs =
         _mm_or_si128(_mm_slli_epi16(_mm_and_si128(nibble, _mm_set1_epi16(0x00FF)), 4),
                      _mm_srli_epi16(nibble, 8));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), _mm_packus_epi16(pairs, pairs));
+    bytes = _mm_packus_epi16(pairs, pairs);
+    return true;
+}
+
+// The eight bytes of HexPack16 written to out; nothing written when false.
+inline bool HexBytes16(const char* p, uint8_t* out) {
+    __m128i bytes;
+    if (!HexPack16(p, bytes)) return false;
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(out), bytes);
     return true;
 }
 #endif
@@ -148,6 +183,31 @@ inline void HexBytes(const char* p, uint8_t* out, size_t n) {
                                              (static_cast<unsigned char>(p[1]) << 8));
         out[i] = static_cast<uint8_t>(kHexPairs.v[c]);
     }
+}
+
+// Decodes n bytes from 2n characters and adds them to sum, taken while they
+// are in registers (summing them from memory right after the stores makes
+// each load wait for the stores to land); false as soon as a pair is not
+// hexadecimal, with the bytes before it written.
+[[nodiscard]] inline bool HexBytesSummed(const char* p, uint8_t* out, size_t n, unsigned& sum) {
+    size_t i = 0;
+#if defined(__SSE2__)
+    __m128i bytes;
+    for (; i + 8 <= n && HexPack16(p, bytes); i += 8, p += 16) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(out + i), bytes);
+        sum += static_cast<unsigned>(_mm_cvtsi128_si32(_mm_sad_epu8(bytes, _mm_setzero_si128())));
+    }
+#endif
+    // The small table of digits: the pair table is too large to stay in
+    // the nearest cache between records.
+    for (; i < n; ++i, p += 2) {
+        const int hi = kHexDigits.v[static_cast<unsigned char>(p[0])];
+        const int lo = kHexDigits.v[static_cast<unsigned char>(p[1])];
+        if ((hi | lo) < 0) return false;
+        out[i] = static_cast<uint8_t>(hi * 16 + lo);
+        sum += static_cast<unsigned>(hi * 16 + lo);
+    }
+    return true;
 }
 
 // Appends the value as upper-case hexadecimal, at least `width` digits.

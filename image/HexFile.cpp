@@ -2,7 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
+#include <memory>
+#include <stop_token>
 #include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
 
 #include "core/Helpers.h"
 #include "core/Host.h"
@@ -15,21 +21,184 @@
 
 namespace vortelm {
 
-void ReadHexFile(ProgramState& st, std::string_view name) {
+namespace {
+
+// The selection runs of the data records, in file order: a record that does
+// not follow the one before it closes the run and starts the next.
+struct DataRuns {
+    SelectionList& sel;
+    int32_t start = -1;
+    int32_t end = -2;
+    void take(int32_t address, int64_t length) {
+        if (start == -1)
+            start = address;
+        else if (int64_t(address) != int64_t(end) + 1) {
+            AddSelection(sel, start, end);
+            start = address;
+        }
+        end = static_cast<int32_t>(int64_t(address) + length - 1);
+    }
+};
+
+// The second half of a large file, read on a thread of its own while the
+// first half is read as usual. It only takes plain records (a colon, hex
+// digits, a right checksum, a line end, an address inside the image) and
+// gives up at anything else: what would warn, throw or depend on the lines
+// before it is left to the usual reader, which then goes on from there.
+struct HexTail {
+    struct Run {
+        int32_t start = 0;
+        size_t offset = 0;  // in bytes
+        size_t length = 0;
+    };
+    bool plain = false;
+    std::vector<Run> runs;
+    ScratchBytes bytes;
+    size_t used = 0;
+};
+
+// Where the tail may start: the first extended address record from the
+// middle on, so that no address of the tail depends on the head.
+size_t TailStart(std::string_view text) {
+    const size_t limit = std::min(text.size(), text.size() / 2 + (size_t(1) << 20));
+    for (size_t at = text.size() / 2; at < limit;) {
+        const size_t nl = text.find('\n', at);
+        if (nl == std::string_view::npos || nl + 10 > text.size()) break;
+        const std::string_view head = text.substr(nl + 1, 9);
+        if (head == ":02000004" || head == ":02000002") return nl + 1;
+        at = nl + 1;
+    }
+    return std::string_view::npos;
+}
+
+// A record the usual reader takes without a word: a colon, hex digits only,
+// a right checksum, a line end (or the end of the file); for data a length
+// above 0 and an address inside the image, for an address record two bytes
+// and no overflow. Anything else is left to the usual reader.
+struct PlainRecord {
+    static constexpr size_t kNotPlain = std::string_view::npos;
+    size_t next = kNotPlain;  // where the next line starts
+    int type = 0;
+    int32_t address = 0;  // of data: the base plus the record's offset
+    size_t length = 0;
+};
+
+// The record at pos, its data decoded to data (room for 255 bytes); a plain
+// address record sets base.
+PlainRecord ReadPlainRecord(std::string_view text, size_t pos, int32_t& base, uint8_t* data) {
+    PlainRecord r;
+    if (text.size() - pos < 11 || text[pos] != ':') return r;
+    const char* p = text.data() + pos + 1;
+    // Length, offset (two bytes) and type; then the data and the checksum.
+    std::array<uint8_t, 4> head{};
+    uint8_t checksum = 0;
+    unsigned sum = 0;
+    if (!HexBytesSummed(p, head.data(), 4, sum)) return r;
+    const size_t n = head[0];
+    size_t next = pos + 11 + 2 * n;
+    if (n + 3 > 256 || next > text.size() || !HexBytesSummed(p + 8, data, n, sum) ||
+        !HexBytesSummed(p + 8 + 2 * n, &checksum, 1, sum) || (sum & 0xFF) != 0)
+        return r;
+    if (next < text.size()) {
+        if (text[next] == '\r' && next + 1 < text.size() && text[next + 1] == '\n')
+            next += 2;
+        else if (text[next] == '\r' || text[next] == '\n')
+            ++next;
+        else
+            return r;
+    }
+    r.type = head[3];
+    if (r.type == 0) {
+        const int64_t a = int64_t(base) + (head[1] << 8 | head[2]);
+        if (n == 0 || a + int64_t(n) > kDumpEndAddress) return r;
+        r.address = static_cast<int32_t>(a);
+        r.length = n;
+    } else if (r.type == 2 || r.type == 4) {
+        const int32_t v = data[0] * 256 + data[1];
+        if (n != 2 || (r.type == 4 && v >= 0x8000)) return r;
+        base = r.type == 4 ? v * 65536 : v * 16;
+    }
+    r.next = next;
+    return r;
+}
+
+void ReadPlainTail(std::string_view text, size_t pos, HexTail& tail,
+                   const std::stop_token& stop) noexcept {
+    try {
+        // Room for the most bytes the tail can spell, and for one record
+        // decoded beyond them before it is known to be plain.
+        tail.bytes = ScratchBytes((text.size() - pos) / 2 + 256);
+        int32_t base = 0;
+        while (pos < text.size()) {
+            if (stop.stop_requested()) return;
+            const PlainRecord r = ReadPlainRecord(text, pos, base, tail.bytes.data() + tail.used);
+            if (r.next == PlainRecord::kNotPlain) return;
+            if (r.type == 0) {
+                auto& runs = tail.runs;
+                if (runs.empty() ||
+                    int64_t(runs.back().start) + int64_t(runs.back().length) != r.address)
+                    runs.push_back({r.address, tail.used, 0});
+                runs.back().length += r.length;
+                tail.used += r.length;
+            }
+            pos = r.next;
+        }
+        tail.plain = true;
+    } catch (...) {
+        // Out of memory: the usual reader takes the tail.
+    }
+}
+
+}  // namespace
+
+void ReadHexFile(ProgramState& st, std::string_view name, const HexReading& how) {
     auto& sel = st.selections;
     ClearSelections(sel);
     auto file = OpenForReading(ResolveLoadPath(st, name));
-    LineCursor lines(file.bytes());
+    const std::string_view text = file.bytes();
+    LineCursor lines(text);
+
+    HexTail tail;
+    size_t tailStart = text.size() >= how.twoHalvesFrom ? TailStart(text) : std::string_view::npos;
+    std::jthread tailReader;
+    if (tailStart != std::string_view::npos) {
+        try {
+            tailReader = std::jthread(
+                [&](std::stop_token stop) { ReadPlainTail(text, tailStart, tail, stop); });
+        } catch (const std::system_error&) {
+            tailStart = std::string_view::npos;  // no thread to be had: one reader reads all
+        }
+    }
+    bool tailTaken = false;
 
     int32_t base = 0;
-    int32_t runStart = -1;
-    int32_t runEnd = -2;
+    DataRuns runs{sel};
     int64_t lineNo = 0;
     std::array<uint8_t, 257> buf{};
     StagedWrite staged(st.dump);
 
     try {
         while (!lines.atEnd()) {
+            if (tailReader.joinable() && lines.position() >= tailStart) {
+                // A line the head skipped can carry it past the tail's start:
+                // the tail is then of no use.
+                if (lines.position() > tailStart) tailReader.request_stop();
+                tailReader.join();
+                tailTaken = tail.plain && lines.position() == tailStart;
+                if (tailTaken) break;
+            }
+            const PlainRecord plain =
+                how.plainRecords ? ReadPlainRecord(text, lines.position(), base, buf.data())
+                                 : PlainRecord{};
+            if (plain.next != PlainRecord::kNotPlain) {
+                ++lineNo;
+                if (plain.type == 0) {
+                    runs.take(plain.address, static_cast<int64_t>(plain.length));
+                    staged.add(plain.address, buf.data(), plain.length);
+                }
+                lines.skipTo(plain.next);
+                continue;
+            }
             std::string_view line = lines.next();
             ++lineNo;
             // The last line is never reported: it is parsed as it stands.
@@ -66,16 +235,8 @@ void ReadHexFile(ProgramState& st, std::string_view name) {
 
             if (type == 0) {
                 const int32_t a = base + addr;
-                if (runStart != -1) {
-                    if (int64_t(a) != int64_t(runEnd) + 1) {
-                        AddSelection(sel, runStart, runEnd);
-                        runStart = a;
-                    }
-                } else {
-                    runStart = a;
-                }
+                runs.take(a, ll);
                 staged.add(a, buf.data(), n);
-                runEnd = static_cast<int32_t>(int64_t(a) + ll - 1);
             } else if (type == 2) {
                 base = (buf[0] * 256 + buf[1]) * 16;
             } else if (type == 4) {
@@ -86,12 +247,24 @@ void ReadHexFile(ProgramState& st, std::string_view name) {
                 base = v * 65536;
             }
         }
+        // The tail's records, as the usual reader would have taken them.
+        if (tailTaken) {
+            for (const HexTail::Run& r : tail.runs) {
+                // In the usual reader's order: the run first (which can meet
+                // the selection list's bound), then the bytes staged before.
+                runs.take(r.start, static_cast<int64_t>(r.length));
+                staged.flush();
+                WriteDumpBlock(st.dump, r.start,
+                               std::span<const uint8_t>(tail.bytes.data() + r.offset, r.length),
+                               kMarksLoaded);
+            }
+        }
     } catch (...) {
         staged.flush();
         throw;
     }
     staged.flush();
-    AddSelection(sel, runStart, runEnd);
+    AddSelection(sel, runs.start, runs.end);
     MergeSelections(sel);
 }
 

@@ -165,7 +165,6 @@ TEST(Dump, FindMarkedRunFindsRunsAcrossSegments) {
     EXPECT_FALSE(FindMarkedRun(f.st.dump, 0x20101, 0x20100, kMarkDefined).found);
 }
 
-
 // A plain model of six segments: a value and a status byte per address.
 struct Model {
     static constexpr int32_t kBase = 0x40000;
@@ -184,8 +183,11 @@ struct Model {
 
 TEST(Dump, WholeSegmentAndPartialChangesAgreeWithAPlainModel) {
     std::mt19937 rng(20261123);
-    const MarkChange kinds[] = {kMarksLoaded, kMarksFromTarget, {0, kMarkDefined},
-                                {kMarkMonitor, 0}, {0, kMarkDefined | kMarkValid}};
+    const MarkChange kinds[] = {kMarksLoaded,
+                                kMarksFromTarget,
+                                {0, kMarkDefined},
+                                {kMarkMonitor, 0},
+                                {0, kMarkDefined | kMarkValid}};
     for (int round = 0; round < 40; ++round) {
         Fresh f;
         Model m;
@@ -222,7 +224,8 @@ TEST(Dump, WholeSegmentAndPartialChangesAgreeWithAPlainModel) {
                 default: {
                     const int16_t on = rng() % 2 ? kTrue : kFalse;
                     SetValid(f.st.dump, a, on);
-                    m.change(a, 1, on == kTrue ? MarkChange{kMarkValid, 0} : MarkChange{0, kMarkValid},
+                    m.change(a, 1,
+                             on == kTrue ? MarkChange{kMarkValid, 0} : MarkChange{0, kMarkValid},
                              nullptr, -1);
                 }
             }
@@ -244,9 +247,8 @@ TEST(Dump, WholeSegmentAndPartialChangesAgreeWithAPlainModel) {
         const auto from = static_cast<int32_t>(rng() % Model::kSize);
         size_t i = static_cast<size_t>(from);
         while (i < m.status.size() && !(m.status[i] & kMarkDefined)) ++i;
-        const DumpRun r =
-            FindMarkedRun(f.st.dump, Model::kBase + from, Model::kBase + Model::kSize - 1,
-                          kMarkDefined);
+        const DumpRun r = FindMarkedRun(f.st.dump, Model::kBase + from,
+                                        Model::kBase + Model::kSize - 1, kMarkDefined);
         ASSERT_EQ(r.found, i < m.status.size()) << "round " << round;
         if (!r.found) continue;
         size_t j = i;

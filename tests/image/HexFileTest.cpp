@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
 #include "ImageTestSupport.h"
 #include "core/RunTimeError.h"
 #include "image/Dump.h"
@@ -222,6 +227,179 @@ TEST_F(HexFile, WrittenFileReadsBack) {
     EXPECT_EQ(other.selections.end[0], 0x2FF00 + 999);
     for (int a = 0; a < 1000; ++a)
         ASSERT_EQ(ReadDumpByte(other.dump, 0x2FF00 + a), static_cast<uint8_t>(a * 3)) << a;
+}
+
+// ---- the fast ways against the line-by-line way
+
+// A record line with its checksum.
+std::string Record(int ll, int offset, int type, const std::vector<int>& data,
+                   bool rightSum = true) {
+    std::vector<int> b = {ll, offset >> 8, offset & 0xFF, type};
+    b.insert(b.end(), data.begin(), data.end());
+    int sum = 0;
+    std::string line = ":";
+    char hex[3];
+    for (int v : b) {
+        std::snprintf(hex, sizeof hex, "%02X", v & 0xFF);
+        line += hex;
+        sum += v;
+    }
+    std::snprintf(hex, sizeof hex, "%02X", (-sum + (rightSum ? 0 : 1)) & 0xFF);
+    return line + hex;
+}
+
+// Lines of data for the windows first..last, 16 bytes a record, each window
+// opened by its type 4 record.
+std::vector<std::string> Windows(int first, int last, int recordsPerWindow, int seed) {
+    std::vector<std::string> lines;
+    for (int w = first; w <= last; ++w) {
+        lines.push_back(Record(2, 0, 4, {w >> 8, w & 0xFF}));
+        for (int r = 0; r < recordsPerWindow; ++r) {
+            std::vector<int> data(16);
+            for (int i = 0; i < 16; ++i) data[i] = (w * 131 + r * 17 + i * 7 + seed) & 0xFF;
+            lines.push_back(Record(16, r * 16, 0, data));
+        }
+    }
+    return lines;
+}
+
+class HexWays : public test::ImageTest {
+  protected:
+    struct Result {
+        std::string text, error;
+        std::vector<int32_t> starts, ends;
+        std::vector<uint8_t> values, status;
+    };
+    Result read(const std::string& file, const HexReading& how) {
+        ProgramState s(*host);
+        s.programFolder = st->programFolder;
+        s.PATH_LOAD = st->PATH_LOAD;
+        InitDumpMemory(s.dump);
+        WriteDumpBlock(s.dump, 0x20000, std::vector<uint8_t>(8, 0x5A), kMarksFromTarget);
+        Result r;
+        try {
+            ReadHexFile(s, file, how);
+        } catch (const RunTimeError& e) {
+            r.error = e.what();
+        }
+        r.text = s.terminalBuffer.str();
+        for (int i = 0; i < s.selections.count; ++i) {
+            r.starts.push_back(s.selections.start[i]);
+            r.ends.push_back(s.selections.end[i]);
+        }
+        r.values.resize(0x100000);
+        r.status.resize(0x100000);
+        ReadDumpBlock(s.dump, 0, r.values, r.status);
+        return r;
+    }
+    // Reads the lines both ways and expects the same of both.
+    Result same(const std::vector<std::string>& lines, const std::string& end = "\r\n") {
+        std::string text;
+        for (const auto& l : lines) text += l + end;
+        const std::string file = path("load/ways.hex");
+        WriteFile(file, text);
+        const Result fast = read(file, {0, true});
+        const Result plain = read(file, {SIZE_MAX, false});
+        EXPECT_EQ(fast.error, plain.error);
+        EXPECT_EQ(fast.text, plain.text);
+        EXPECT_EQ(fast.starts, plain.starts);
+        EXPECT_EQ(fast.ends, plain.ends);
+        EXPECT_TRUE(fast.values == plain.values);
+        EXPECT_TRUE(fast.status == plain.status);
+        return fast;
+    }
+};
+
+TEST_F(HexWays, PlainFileInTwoHalvesGivesOneSelectionAndEveryByte) {
+    const Result r = same(Windows(0, 7, 64, 1));
+    EXPECT_EQ(r.error, "");
+    EXPECT_EQ(r.text, "");
+    ASSERT_EQ(r.starts.size(), 8u);  // each window holds 1 KiB from its start
+    EXPECT_EQ(r.starts[5], 0x50000);
+    EXPECT_EQ(r.ends[5], 0x503FF);
+    EXPECT_EQ(r.values[0x703FF], (7 * 131 + 63 * 17 + 15 * 7 + 1) & 0xFF);
+}
+
+TEST_F(HexWays, WarningsInTheSecondHalfKeepTheirLineNumbersAndOrder) {
+    auto lines = Windows(0, 5, 40, 2);
+    lines[lines.size() - 30] = Record(16, 0x100, 0, std::vector<int>(16, 0x11), false);
+    lines.insert(lines.end() - 10, "no colon here");
+    lines.insert(lines.begin() + 3, "nor here");
+    const Result r = same(lines, "\n");
+    EXPECT_NE(r.text.find("*WARNING: Checksum in line"), std::string::npos);
+    EXPECT_NE(r.text.find("*WARNING: No ':'"), std::string::npos);
+}
+
+TEST_F(HexWays, AnOverflowInTheSecondHalfEndsTheLoadWithTheFirstHalfWritten) {
+    auto lines = Windows(0, 5, 40, 3);
+    lines.insert(lines.end() - 5, Record(2, 0, 4, {0x80, 0x00}));
+    const Result r = same(lines);
+    EXPECT_NE(r.error.find("extended linear address 8000 overflow in line"), std::string::npos);
+    EXPECT_EQ(r.values[0x10000], (1 * 131 + 0 + 0 + 3) & 0xFF);
+}
+
+TEST_F(HexWays, TheSecondHalfOverwritesTheFirstAndRunsJoinAcrossTheMiddle) {
+    // Windows 1 and 2 again, other bytes, right after the first pass: the
+    // later bytes win, and window 2's run follows window 1's.
+    auto lines = Windows(1, 4, 48, 4);
+    const auto again = Windows(1, 2, 48, 9);
+    lines.insert(lines.end(), again.begin(), again.end());
+    const Result r = same(lines, "\r");
+    EXPECT_EQ(r.values[0x10000], (1 * 131 + 9) & 0xFF);
+}
+
+TEST_F(HexWays, OddLinesOfEveryKindAfterTheMiddle) {
+    auto lines = Windows(0, 5, 40, 5);
+    const size_t at = lines.size() - 20;
+    lines.insert(lines.begin() + static_cast<long>(at),
+                 {Record(16, 0x200, 0, std::vector<int>(16, 1)) + "junk",  // trailing characters
+                  ":10030000zz" + std::string(30, '0') + "00",             // not hexadecimal
+                  Record(0, 0x40, 0, {}),                                  // empty data
+                  Record(1, 0, 2, {0x12}),                                 // short segment record
+                  Record(2, 0, 2, {0x10, 0x00}),                           // segment base 0x10000
+                  Record(16, 0, 0, std::vector<int>(16, 0xEE)),
+                  ":FF000000",  // length past the line
+                  ""});
+    same(lines);
+}
+
+TEST_F(HexWays, DataPastTheImageInTheSecondHalfIsTheImagesBound) {
+    auto lines = Windows(0, 5, 40, 6);
+    lines.push_back(Record(2, 0, 4, {0x01, 0x00}));
+    lines.push_back(Record(16, 0xFFF8, 0, std::vector<int>(16, 0x33)));
+    const Result r = same(lines);
+    EXPECT_NE(r.error.find("out of range -FFFF to 100FFFF"), std::string::npos);
+}
+
+TEST_F(HexWays, ALargeFileIsReadInTwoHalvesByDefault) {
+    // Over 2 MiB of text: the default reading takes the second half on a
+    // thread of its own; its result is that of the line-by-line way.
+    std::string text;
+    for (const auto& l : Windows(0, 11, 4096, 7)) text += l + "\r\n";
+    ASSERT_GT(text.size(), size_t(2) << 20);
+    const std::string file = path("load/large.hex");
+    WriteFile(file, text);
+    const Result fast = read(file, {});
+    const Result plain = read(file, {SIZE_MAX, false});
+    EXPECT_EQ(fast.error, "");
+    EXPECT_EQ(fast.starts, plain.starts);
+    EXPECT_EQ(fast.ends, plain.ends);
+    EXPECT_TRUE(fast.values == plain.values);
+    EXPECT_TRUE(fast.status == plain.status);
+    EXPECT_EQ(fast.starts.size(), 1u);
+}
+
+TEST_F(HexWays, BytesPastTheImageStagedBeforeTheSecondHalfStillGiveTheirSelection) {
+    // A record the short way leaves alone (trailing characters) stages bytes
+    // past the image; the second half's first run closes its selection
+    // before those bytes fail to land, as in the line-by-line way.
+    std::vector<std::string> lines = {
+        Record(2, 0, 4, {0x10, 0x01}), Record(9, 0xFFF0, 0, std::vector<int>(9, 0x51)) + "E0F89",
+        Record(2, 0, 2, {0x10, 0x00}), Record(1, 0x10, 0, {0x42}), ":00000001FF"};
+    const Result r = same(lines);
+    EXPECT_NE(r.error.find("DumpMemory address 1001FFF0 out of range"), std::string::npos);
+    ASSERT_EQ(r.starts.size(), 1u);
+    EXPECT_EQ(r.starts[0], 0x1001FFF0);
 }
 
 }  // namespace

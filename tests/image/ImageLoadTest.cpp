@@ -29,7 +29,8 @@ const char* kTwoRuns =
 
 TEST_F(ImageLoad, FlattenJoinsTheSelectionsWithoutFillingGaps) {
     WriteFile(path("home/TWO.HEX"), kTwoRuns);
-    const std::vector<uint8_t> bytes = loadAndFlatten("TWO.HEX", &ReadHexFile);
+    const std::vector<uint8_t> bytes =
+        loadAndFlatten("TWO.HEX", [](ProgramState& s, const std::string& n) { ReadHexFile(s, n); });
     EXPECT_EQ(bytes, (std::vector<uint8_t>{0x11, 0x22, 0x33}));
     EXPECT_EQ(st->selections.count, 2);
     EXPECT_EQ(IsValid(st->dump, 0x0100), kTrue);
