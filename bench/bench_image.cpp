@@ -3,7 +3,9 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -42,6 +44,10 @@ Timing Run(const std::vector<std::string>& args, const std::string& input) {
                                      0);
     posix_spawn_file_actions_addopen(&fa, 1, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&fa, 2, "/dev/null", O_WRONLY, 0);
+    // Each program starts with no dirty data of the one before it, whose
+    // write-back would otherwise land in the next one's time (a sync waits
+    // for other files' data on some file systems).
+    ::sync();
     const auto t0 = std::chrono::steady_clock::now();
     pid_t pid = 0;
     if (posix_spawnp(&pid, argv[0], &fa, nullptr, argv.data(), environ) != 0) {
@@ -100,9 +106,40 @@ void Report(const char* title, const char* ours, const Series& a, const char* pe
                 ac / bc);
 }
 
+// The least any safe converter does with the same files, as a process of
+// its own: every page of the input read, the output's bytes written to a
+// temporary file in the same folder, synced, renamed over the old one, the
+// folder synced. No parsing at all: what is left when the file system's
+// work is all there is.
+int Floor(const char* input, const char* output, size_t outputSize) {
+    const int in = ::open(input, O_RDONLY);
+    struct stat sb {};
+    if (in < 0 || ::fstat(in, &sb) != 0) return 1;
+    const auto* p = static_cast<const unsigned char*>(::mmap(
+        nullptr, static_cast<size_t>(sb.st_size), PROT_READ, MAP_PRIVATE | MAP_POPULATE, in, 0));
+    if (p == MAP_FAILED) return 1;
+    unsigned sum = 0;
+    for (off_t i = 0; i < sb.st_size; i += 4096) sum += p[i];
+    std::string bytes(outputSize, static_cast<char>(sum));
+    std::string temp = std::string(output) + ".XXXXXX";
+    const int out = ::mkstemp(temp.data());
+    if (out < 0) return 1;
+    if (::write(out, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size()) ||
+        ::fsync(out) != 0 || ::close(out) != 0 || ::rename(temp.c_str(), output) != 0)
+        return 1;
+    const int dir = ::open(fs::path(output).parent_path().c_str(), O_RDONLY | O_DIRECTORY);
+    if (dir >= 0) {
+        ::fsync(dir);
+        ::close(dir);
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc == 5 && std::strcmp(argv[1], "--floor") == 0)
+        return Floor(argv[2], argv[3], std::strtoull(argv[4], nullptr, 10));
     int runs = 7;
     bool keep = false;
     for (int i = 1; i < argc; ++i) {
@@ -149,12 +186,15 @@ int main(int argc, char** argv) {
     // One run to set up the data home before timing.
     Run(vortelm, "");
 
-    Series vh, oh, vs, ss;
+    const std::string self = fs::canonical("/proc/self/exe").string();
+    const std::string outF = (dir / "floor.bin").string();
+    Series vh, oh, fh, vs, ss;
     for (int r = 0; r < runs; ++r) {
         vh.add(Run(vortelm, (dir / "hex.txt").string()));
         CheckSame(outV, image, "vortelm-cli _load");
         oh.add(Run({"objcopy", "-I", "ihex", "-O", "binary", hex, outP}, ""));
         CheckSame(outP, image, "objcopy");
+        fh.add(Run({self, "--floor", hex, outF, std::to_string(image.size())}, ""));
         vs.add(Run(vortelm, (dir / "sre.txt").string()));
         CheckSame(outV, image, "vortelm-cli _loadsre");
         ss.add(Run({"srec_cat", s28, "-o", outP, "-binary"}, ""));
@@ -164,10 +204,13 @@ int main(int argc, char** argv) {
                 runs);
     Report("Intel HEX, 32-byte records, type 04:", "vortelm-cli _load + _binsave", vh,
            "objcopy -I ihex -O binary", oh);
+    Report("The same files with no parsing (read, write, sync, rename):",
+           "floor: what a safe converter can't skip", fh, "objcopy -I ihex -O binary", oh);
     Report("S28, 32-byte records:", "vortelm-cli _loadsre + _binsave", vs,
            "srec_cat -o out.bin -binary", ss);
     const double goal = Median(vh.wall) / Median(oh.wall);
-    std::printf("goal (Intel HEX wall ratio at most 0.25): %s\n", goal <= 0.25 ? "met" : "not met");
+    std::printf("goal (Intel HEX wall ratio at most 0.25): %s; the floor's ratio is %.3f\n",
+                goal <= 0.25 ? "met" : "not met", Median(fh.wall) / Median(oh.wall));
     if (!keep)
         fs::remove_all(dir);
     else
