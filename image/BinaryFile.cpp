@@ -105,32 +105,31 @@ void WriteBinarySelections(ProgramState& st, std::string_view name, int32_t fill
         const int64_t start = sel.start[i];
         const int64_t end = sel.end[i];
         int64_t address = start;
-        VisitDumpBlock(st.dump, sel.start[i], end - start + 1,
-                       [&](const uint8_t* data, const uint8_t* status, size_t len) {
-                           overhangs = false;
-                           if (AllRead(status, len)) {
-                               pieces.emplace_back(chars(data), len);
-                           } else {
-                               // Some byte is neither Defined nor Valid: it takes the fill value.
-                               std::string filled(chars(data), len);
-                               for (size_t k = 0; k < len; ++k) {
-                                   if (status[k] & kRead) continue;
-                                   if (fillValue < 0) {
-                                       // The file holds what came before the unread byte.
-                                       filled.resize(k);
-                                       own(std::move(filled));
-                                       write();
-                                       throw RunTimeError(
-                                           "fill value " + std::to_string(fillValue) +
+        VisitDumpBlock(st.dump, sel.start[i], end - start + 1, [&](const DumpPiece& piece) {
+            const size_t len = piece.length;
+            overhangs = false;
+            if (piece.status ? AllRead(piece.status, len) : (piece.sameStatus & kRead) != 0) {
+                pieces.emplace_back(chars(piece.data), len);
+            } else {
+                // Some byte is neither Defined nor Valid: it takes the fill value.
+                std::string filled(chars(piece.data), len);
+                for (size_t k = 0; k < len; ++k) {
+                    if (piece.statusAt(k) & kRead) continue;
+                    if (fillValue < 0) {
+                        // The file holds what came before the unread byte.
+                        filled.resize(k);
+                        own(std::move(filled));
+                        write();
+                        throw RunTimeError("fill value " + std::to_string(fillValue) +
                                            " for the unread byte at " +
                                            HexText(static_cast<int32_t>(address + int64_t(k)), 6));
-                                   }
-                                   filled[k] = static_cast<char>(fillValue);
-                               }
-                               own(std::move(filled));
-                           }
-                           address += static_cast<int64_t>(len);
-                       });
+                    }
+                    filled[k] = static_cast<char>(fillValue);
+                }
+                own(std::move(filled));
+            }
+            address += static_cast<int64_t>(len);
+        });
         if (i + 1 < sel.count && fillValue >= 0) {
             const int64_t left = int64_t(sel.start[i + 1]) - end - 1;
             if (left > 0) {

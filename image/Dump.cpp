@@ -7,7 +7,6 @@
 #include <cstring>
 #include <new>
 #include <string>
-#include <vector>
 
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
@@ -272,21 +271,10 @@ void MarkDumpBlock(DumpMemory& dump, int32_t address, int64_t count, MarkChange 
 }
 
 void VisitDumpBlock(DumpMemory& dump, int32_t address, int64_t count,
-                    const std::function<void(const uint8_t*, const uint8_t*, size_t)>& fn) {
+                    const std::function<void(const DumpPiece&)>& fn) {
     if (count <= 0) return;
-    // Status bytes that are all equal are shown to fn from one filled copy.
-    std::vector<uint8_t> same;
-    int sameValue = -1;
     ForEachPiece(dump, address, count, [&](DumpSegment& seg, uint32_t off, size_t len, size_t) {
-        if (seg.status) {
-            fn(seg.data + off, seg.status + off, len);
-            return;
-        }
-        if (sameValue != seg.uniformStatus) {
-            same.assign(kSegmentBytes, seg.uniformStatus);
-            sameValue = seg.uniformStatus;
-        }
-        fn(seg.data + off, same.data(), len);
+        fn({seg.data + off, seg.status ? seg.status + off : nullptr, seg.uniformStatus, len});
     });
 }
 

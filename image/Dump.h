@@ -66,11 +66,21 @@ void ReadDumpBlock(DumpMemory& dump, int32_t address, std::span<uint8_t> values,
 // Changes the marks of count bytes from address on; values stay.
 void MarkDumpBlock(DumpMemory& dump, int32_t address, int64_t count, MarkChange marks);
 
-// Calls fn(data, status, length) for the pieces of address .. address+count-1,
-// each inside one segment, in rising order (for writers that hand the bytes
-// on without copying them).
+// A piece of the image inside one segment: its values and their status
+// bytes, or, where the status bytes of the piece are all alike, no status
+// bytes and their one value.
+struct DumpPiece {
+    const uint8_t* data = nullptr;
+    const uint8_t* status = nullptr;  // null when every byte's status is sameStatus
+    uint8_t sameStatus = 0;
+    size_t length = 0;
+    [[nodiscard]] uint8_t statusAt(size_t i) const { return status ? status[i] : sameStatus; }
+};
+
+// Calls fn for the pieces of address .. address+count-1, in rising order (for
+// writers that hand the bytes on without copying them).
 void VisitDumpBlock(DumpMemory& dump, int32_t address, int64_t count,
-                    const std::function<void(const uint8_t*, const uint8_t*, size_t)>& fn);
+                    const std::function<void(const DumpPiece&)>& fn);
 
 // The first address in from..to whose status has any of the marks, and the
 // last address of its run within from..to. Like the per-byte tests it

@@ -235,10 +235,9 @@ TEST(Dump, WholeSegmentAndPartialChangesAgreeWithAPlainModel) {
         ASSERT_EQ(values, m.values) << "round " << round;
         ASSERT_EQ(status, m.status) << "round " << round;
         std::vector<uint8_t> seen;
-        VisitDumpBlock(f.st.dump, Model::kBase, Model::kSize,
-                       [&](const uint8_t*, const uint8_t* st, size_t len) {
-                           seen.insert(seen.end(), st, st + len);
-                       });
+        VisitDumpBlock(f.st.dump, Model::kBase, Model::kSize, [&](const DumpPiece& piece) {
+            for (size_t i = 0; i < piece.length; ++i) seen.push_back(piece.statusAt(i));
+        });
         ASSERT_EQ(seen, m.status) << "round " << round;
         for (int32_t a = Model::kBase; a < Model::kBase + Model::kSize; a += 4099)
             ASSERT_EQ(IsDefined(f.st.dump, a) == kTrue,
