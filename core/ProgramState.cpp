@@ -7,8 +7,7 @@ namespace vortelm {
 
 // A state made without a host gets its own quiet one: it answers every
 // question with its default and draws nothing.
-ProgramState::ProgramState()
-    : ownHost_(std::make_unique<Host>()), host(ownHost_.get()) {}
+ProgramState::ProgramState() : ownHost_(std::make_unique<Host>()), host(ownHost_.get()) {}
 
 ProgramState::ProgramState(Host& h) : host(&h) {}
 
