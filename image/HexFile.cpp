@@ -149,14 +149,122 @@ void ReadPlainTail(std::string_view text, size_t pos, HexTail& tail,
     }
 }
 
+// One read of a file: the lines in file order, the address base, the
+// selection runs and the bytes staged for the image.
+class HexReader {
+  public:
+    HexReader(ProgramState& st, std::string_view text) : st_(st), lines_(text), text_(text) {}
+
+    [[nodiscard]] bool atEnd() const { return lines_.atEnd(); }
+    [[nodiscard]] size_t position() const { return lines_.position(); }
+
+    // The record at the position when it is plain; false, reading nothing,
+    // when it is not.
+    bool takePlain() {
+        const PlainRecord r = ReadPlainRecord(text_, lines_.position(), base_, buf_.data());
+        if (r.next == PlainRecord::kNotPlain) return false;
+        ++lineNo_;
+        if (r.type == 0) {
+            runs_.take(r.address, static_cast<int64_t>(r.length));
+            staged_.add(r.address, buf_.data(), r.length);
+        }
+        lines_.skipTo(r.next);
+        return true;
+    }
+
+    // The next line as the line-by-line way reads it, with its warnings.
+    void takeLine() {
+        std::string_view line = lines_.next();
+        ++lineNo_;
+        // The last line is never reported: it is parsed as it stands.
+        while ((line.empty() || line[0] != ':') && !lines_.atEnd()) {
+            Text2Buffer(st_, "\r\n*WARNING: No ':' at beginning of line - line ignored ");
+            line = lines_.next();
+            ++lineNo_;
+        }
+        const int32_t ll = HexField(line, 2, 2);
+        const int32_t addr = HexField(line, 4, 4);
+        const int32_t type = HexField(line, 8, 2);
+        CheckBound(ll < 0 ? ll : ll + 3, 256, "Intel HEX record buffer");
+        const auto n = static_cast<size_t>(ll);
+        checkSum(line, n, ll, addr, type);
+        if (type == 0) {
+            const int32_t a = base_ + addr;
+            runs_.take(a, ll);
+            staged_.add(a, buf_.data(), n);
+        } else if (type == 2) {
+            base_ = (buf_[0] * 256 + buf_[1]) * 16;
+        } else if (type == 4) {
+            const int32_t v = buf_[0] * 256 + buf_[1];
+            if (v >= 0x8000)
+                throw RunTimeError("Intel HEX extended linear address " + HexText(v, 4) +
+                                   " overflow in line " + std::to_string(lineNo_));
+            base_ = v * 65536;
+        }
+    }
+
+    // The tail's runs, as the line-by-line way would have taken their records.
+    void takeTail(const HexTail& tail) {
+        for (const HexTail::Run& r : tail.runs) {
+            // In that way's order: the run first (which can meet the selection
+            // list's bound), then the bytes staged before it.
+            runs_.take(r.start, static_cast<int64_t>(r.length));
+            staged_.flush();
+            WriteDumpBlock(st_.dump, r.start,
+                           std::span<const uint8_t>(tail.bytes.data() + r.offset, r.length),
+                           kMarksLoaded);
+        }
+    }
+
+    // The staged bytes to the image (also on the way out of an error).
+    void flush() { staged_.flush(); }
+
+    void finish() {
+        staged_.flush();
+        AddSelection(st_.selections, runs_.start, runs_.end);
+        MergeSelections(st_.selections);
+    }
+
+  private:
+    // The data bytes to buf_, then the checksum check with its warning.
+    void checkSum(std::string_view line, size_t n, int32_t ll, int32_t addr, int32_t type) {
+        if (line.size() >= 11 + 2 * n) {
+            HexBytes(line.data() + 9, buf_.data(), n);
+        } else {
+            for (size_t i = 0; i < n; ++i)
+                buf_[i] = static_cast<uint8_t>(HexField(line, 10 + 2 * i, 2) & 0xFF);
+        }
+        const auto checksum = static_cast<uint8_t>(HexField(line, 10 + 2 * n, 2) & 0xFF);
+        // The record's other bytes behind the data, for one sum; the data
+        // stays at the front of buf_.
+        buf_[n] = static_cast<uint8_t>(ll);
+        buf_[n + 1] = static_cast<uint8_t>((addr >> 8) & 0xFF);
+        buf_[n + 2] = static_cast<uint8_t>(addr & 0xFF);
+        buf_[n + 3] = static_cast<uint8_t>(type & 0xFF);
+        const unsigned sum = ByteSum(buf_.data(), n + 4) % 256;
+        const unsigned calculated = sum == 0 ? 0 : 256 - sum;
+        if (calculated != checksum)
+            Text2Buffer(st_, "\r\n*WARNING: Checksum in line " + std::to_string(lineNo_) +
+                                 " wrong. Read: 0x" + HexText(checksum, 2) + ", calculated: 0x" +
+                                 HexText(static_cast<int32_t>(calculated), 2));
+    }
+
+    ProgramState& st_;
+    LineCursor lines_;
+    std::string_view text_;
+    int32_t base_ = 0;
+    int64_t lineNo_ = 0;
+    DataRuns runs_{st_.selections};
+    std::array<uint8_t, 257> buf_{};
+    StagedWrite staged_{st_.dump};
+};
+
 }  // namespace
 
 void ReadHexFile(ProgramState& st, std::string_view name, const HexReading& how) {
-    auto& sel = st.selections;
-    ClearSelections(sel);
+    ClearSelections(st.selections);
     auto file = OpenForReading(ResolveLoadPath(st, name));
     const std::string_view text = file.bytes();
-    LineCursor lines(text);
 
     HexTail tail;
     size_t tailStart = text.size() >= how.twoHalvesFrom ? TailStart(text) : std::string_view::npos;
@@ -169,103 +277,27 @@ void ReadHexFile(ProgramState& st, std::string_view name, const HexReading& how)
             tailStart = std::string_view::npos;  // no thread to be had: one reader reads all
         }
     }
-    bool tailTaken = false;
 
-    int32_t base = 0;
-    DataRuns runs{sel};
-    int64_t lineNo = 0;
-    std::array<uint8_t, 257> buf{};
-    StagedWrite staged(st.dump);
-
+    HexReader reader(st, text);
     try {
-        while (!lines.atEnd()) {
-            if (tailReader.joinable() && lines.position() >= tailStart) {
+        while (!reader.atEnd()) {
+            if (tailReader.joinable() && reader.position() >= tailStart) {
                 // A line the head skipped can carry it past the tail's start:
                 // the tail is then of no use.
-                if (lines.position() > tailStart) tailReader.request_stop();
+                if (reader.position() > tailStart) tailReader.request_stop();
                 tailReader.join();
-                tailTaken = tail.plain && lines.position() == tailStart;
-                if (tailTaken) break;
-            }
-            const PlainRecord plain =
-                how.plainRecords ? ReadPlainRecord(text, lines.position(), base, buf.data())
-                                 : PlainRecord{};
-            if (plain.next != PlainRecord::kNotPlain) {
-                ++lineNo;
-                if (plain.type == 0) {
-                    runs.take(plain.address, static_cast<int64_t>(plain.length));
-                    staged.add(plain.address, buf.data(), plain.length);
+                if (tail.plain && reader.position() == tailStart) {
+                    reader.takeTail(tail);
+                    break;
                 }
-                lines.skipTo(plain.next);
-                continue;
             }
-            std::string_view line = lines.next();
-            ++lineNo;
-            // The last line is never reported: it is parsed as it stands.
-            while ((line.empty() || line[0] != ':') && !lines.atEnd()) {
-                Text2Buffer(st, "\r\n*WARNING: No ':' at beginning of line - line ignored ");
-                line = lines.next();
-                ++lineNo;
-            }
-            const int32_t ll = HexField(line, 2, 2);
-            const int32_t addr = HexField(line, 4, 4);
-            const int32_t type = HexField(line, 8, 2);
-            CheckBound(ll < 0 ? ll : ll + 3, 256, "Intel HEX record buffer");
-
-            const size_t n = static_cast<size_t>(ll);
-            if (line.size() >= 11 + 2 * n) {
-                const char* p = line.data() + 9;
-                HexBytes(p, buf.data(), n);
-            } else {
-                for (size_t i = 0; i < n; ++i)
-                    buf[i] = static_cast<uint8_t>(HexField(line, 10 + 2 * i, 2) & 0xFF);
-            }
-            const auto checksum = static_cast<uint8_t>(HexField(line, 10 + 2 * n, 2) & 0xFF);
-            buf[n] = static_cast<uint8_t>(ll);
-            buf[n + 1] = static_cast<uint8_t>((addr >> 8) & 0xFF);
-            buf[n + 2] = static_cast<uint8_t>(addr & 0xFF);
-            buf[n + 3] = static_cast<uint8_t>(type & 0xFF);
-            unsigned sum = ByteSum(buf.data(), n + 4) % 256;
-            const unsigned calculated = sum == 0 ? 0 : 256 - sum;
-            if (calculated != checksum) {
-                Text2Buffer(st, "\r\n*WARNING: Checksum in line " + std::to_string(lineNo) +
-                                    " wrong. Read: 0x" + HexText(checksum, 2) + ", calculated: 0x" +
-                                    HexText(static_cast<int32_t>(calculated), 2));
-            }
-
-            if (type == 0) {
-                const int32_t a = base + addr;
-                runs.take(a, ll);
-                staged.add(a, buf.data(), n);
-            } else if (type == 2) {
-                base = (buf[0] * 256 + buf[1]) * 16;
-            } else if (type == 4) {
-                const int32_t v = buf[0] * 256 + buf[1];
-                if (v >= 0x8000)
-                    throw RunTimeError("Intel HEX extended linear address " + HexText(v, 4) +
-                                       " overflow in line " + std::to_string(lineNo));
-                base = v * 65536;
-            }
-        }
-        // The tail's records, as the usual reader would have taken them.
-        if (tailTaken) {
-            for (const HexTail::Run& r : tail.runs) {
-                // In the usual reader's order: the run first (which can meet
-                // the selection list's bound), then the bytes staged before.
-                runs.take(r.start, static_cast<int64_t>(r.length));
-                staged.flush();
-                WriteDumpBlock(st.dump, r.start,
-                               std::span<const uint8_t>(tail.bytes.data() + r.offset, r.length),
-                               kMarksLoaded);
-            }
+            if (!how.plainRecords || !reader.takePlain()) reader.takeLine();
         }
     } catch (...) {
-        staged.flush();
+        reader.flush();
         throw;
     }
-    staged.flush();
-    AddSelection(sel, runs.start, runs.end);
-    MergeSelections(sel);
+    reader.finish();
 }
 
 namespace {
