@@ -152,9 +152,14 @@ int main(int argc, char** argv) {
         return Floor(argv[2], argv[3], std::strtoull(argv[4], nullptr, 10));
     int runs = 7;
     bool keep = false;
+    // Another build's vortelm-cli may be timed instead (--cli PATH), to
+    // give an older program's figures on this machine and run.
+    std::string cli = VORTELM_CLI;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--keep") == 0)
             keep = true;
+        else if (std::strcmp(argv[i], "--cli") == 0 && i + 1 < argc)
+            cli = argv[++i];
         else
             runs = std::max(1, std::atoi(argv[i]));
     }
@@ -164,7 +169,6 @@ int main(int argc, char** argv) {
         return 1;
     }
     const fs::path dir = tmpl;
-    const std::string cli = VORTELM_CLI;
 
     // A 16 MiB random image, the same each run of the benchmark.
     std::string image(16u << 20, '\0');
