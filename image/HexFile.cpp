@@ -174,14 +174,8 @@ class HexReader {
 
     // The next line as the line-by-line way reads it, with its warnings.
     void takeLine() {
-        std::string_view line = lines_.next();
-        ++lineNo_;
-        // The last line is never reported: it is parsed as it stands.
-        while ((line.empty() || line[0] != ':') && !lines_.atEnd()) {
-            Text2Buffer(st_, "\r\n*WARNING: No ':' at beginning of line - line ignored ");
-            line = lines_.next();
-            ++lineNo_;
-        }
+        const std::string_view line = NextRecordLine(
+            st_, lines_, lineNo_, ':', "\r\n*WARNING: No ':' at beginning of line - line ignored ");
         const int32_t ll = HexField(line, 2, 2);
         const int32_t addr = HexField(line, 4, 4);
         const int32_t type = HexField(line, 8, 2);

@@ -85,6 +85,21 @@ class StagedWrite {
     std::vector<uint8_t> bytes_;
 };
 
+// The next line that starts with the record's lead character; each line
+// before it is warned about with the text. The last line is never reported:
+// it is parsed as it stands.
+inline std::string_view NextRecordLine(ProgramState& st, LineCursor& lines, int64_t& lineNo,
+                                       char lead, std::string_view warning) {
+    std::string_view line = lines.next();
+    ++lineNo;
+    while ((line.empty() || line[0] != lead) && !lines.atEnd()) {
+        Text2Buffer(st, std::string(warning));
+        line = lines.next();
+        ++lineNo;
+    }
+    return line;
+}
+
 // The common frame of the load commands: hourglass, existence test, the
 // reader, the byte count, the hex page at the lowest selected address.
 template <class Read>

@@ -22,13 +22,9 @@ void ReadSRecordFile(ProgramState& st, std::string_view name) {
     StagedWrite staged(st.dump);
     try {
         while (!lines.atEnd()) {
-            std::string_view line = lines.next();
-            ++lineNo;
-            while ((line.empty() || line[0] != 'S') && !lines.atEnd()) {
-                Text2Buffer(st, "\r\n*WARNING: No 'S' at beginning of line - line ignored ");
-                line = lines.next();
-                ++lineNo;
-            }
+            const std::string_view line =
+                NextRecordLine(st, lines, lineNo, 'S',
+                               "\r\n*WARNING: No 'S' at beginning of line - line ignored ");
             // The type digit is converted without a check.
             if (line.size() < 2 || line[1] < '0' || line[1] > '9')
                 throw RunTimeError("S-record type in line " + std::to_string(lineNo) +
