@@ -97,7 +97,11 @@ uint8_t* PlacedStatus(DumpMemory& dump, DumpSegment& s) {
     if (s.status) return s.status;
     SegmentSpace* space = Space(dump);
     if (!space->values) {
-        s.heapStatus = std::make_unique<uint8_t[]>(kSegmentBytes);
+        try {
+            s.heapStatus = std::make_unique<uint8_t[]>(kSegmentBytes);
+        } catch (const std::bad_alloc&) {
+            throw RunTimeError("DumpMemory status bytes out of memory");
+        }
         s.status = s.heapStatus.get();
     } else {
         const auto slot = static_cast<size_t>(s.data - space->values) / kSegmentBytes;
