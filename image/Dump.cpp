@@ -1,7 +1,5 @@
 #include "image/Dump.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <bitset>
 #include <cstring>
@@ -10,6 +8,7 @@
 
 #include "core/Helpers.h"
 #include "core/RunTimeError.h"
+#include "image/FreshPages.h"
 
 namespace vortelm {
 
@@ -25,40 +24,32 @@ namespace {
 // a segment's bytes are placed. The values of segment i lie at
 // values + i * 64 KiB, its status bytes one region further on, so that a
 // load that touches values only never has the kernel clear status pages.
-constexpr size_t kLargePage = size_t(2) << 20;
 constexpr size_t kSegmentBytes = 65536;
 constexpr size_t kRegion = kSegmentBytes * DumpMemory::kSegments;
 
 struct SegmentSpace {
     SegmentSpace() {
-        mappingSize = 2 * kRegion + kLargePage;
-        mapping = ::mmap(nullptr, mappingSize, PROT_READ | PROT_WRITE,
-                         MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-        if (mapping == MAP_FAILED) {
-            mapping = nullptr;
-            return;
+        try {
+            pages = FreshPages(2 * kRegion, false);
+        } catch (const std::bad_alloc&) {
+            // No space to reserve: the segments then live on the heap.
         }
-        const auto a = (reinterpret_cast<uintptr_t>(mapping) + kLargePage - 1) & ~(kLargePage - 1);
-        values = reinterpret_cast<uint8_t*>(a);
     }
-    ~SegmentSpace() {
-        if (mapping) ::munmap(mapping, mappingSize);
-    }
-    SegmentSpace(const SegmentSpace&) = delete;
-    SegmentSpace& operator=(const SegmentSpace&) = delete;
 
     // A slot that held bytes before (the image was initialised again since)
     // is cleared when it is placed again; a fresh one is zero already.
     uint8_t* place(size_t slot, size_t region, std::bitset<DumpMemory::kSegments>& used) {
-        uint8_t* p = values + region * kRegion + slot * kSegmentBytes;
+        uint8_t* p = values() + region * kRegion + slot * kSegmentBytes;
         if (used.test(slot)) std::memset(p, 0, kSegmentBytes);
         used.set(slot);
         return p;
     }
 
-    void* mapping = nullptr;
-    size_t mappingSize = 0;
-    uint8_t* values = nullptr;  // aligned to a large page
+    // The values' region, then the status bytes' region; null when the
+    // space could not be reserved.
+    [[nodiscard]] uint8_t* values() const { return pages.data(); }
+
+    FreshPages pages;
     bool bulkAdvised = false;
     std::bitset<DumpMemory::kSegments> valuesUsed;
     std::bitset<DumpMemory::kSegments> statusUsed;
@@ -72,7 +63,7 @@ SegmentSpace* Space(DumpMemory& dump) {
 std::unique_ptr<DumpSegment> NewSegment(DumpMemory& dump, size_t seg) {
     auto s = std::make_unique<DumpSegment>();
     SegmentSpace* space = Space(dump);
-    if (!space->values) {
+    if (!space->values()) {
         s->heapData = std::make_unique<uint8_t[]>(kSegmentBytes);
         s->data = s->heapData.get();
         return s;
@@ -81,10 +72,7 @@ std::unique_ptr<DumpSegment> NewSegment(DumpMemory& dump, size_t seg) {
     // values from here on may then use large pages, which makes the first
     // touch of many segments much cheaper. Lone segments stay small.
     if (!space->bulkAdvised && seg > 4 && dump.segments[seg - 1]) {
-        const auto from =
-            reinterpret_cast<uintptr_t>(space->values + seg * kSegmentBytes) & ~(kLargePage - 1);
-        const auto to = reinterpret_cast<uintptr_t>(space->values + kRegion);
-        ::madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
+        space->pages.useLargePages(seg * kSegmentBytes, kRegion);
         space->bulkAdvised = true;
     }
     s->data = space->place(seg, 0, space->valuesUsed);
@@ -96,7 +84,7 @@ std::unique_ptr<DumpSegment> NewSegment(DumpMemory& dump, size_t seg) {
 uint8_t* PlacedStatus(DumpMemory& dump, DumpSegment& s) {
     if (s.status) return s.status;
     SegmentSpace* space = Space(dump);
-    if (!space->values) {
+    if (!space->values()) {
         try {
             s.heapStatus = std::make_unique<uint8_t[]>(kSegmentBytes);
         } catch (const std::bad_alloc&) {
@@ -104,7 +92,7 @@ uint8_t* PlacedStatus(DumpMemory& dump, DumpSegment& s) {
         }
         s.status = s.heapStatus.get();
     } else {
-        const auto slot = static_cast<size_t>(s.data - space->values) / kSegmentBytes;
+        const auto slot = static_cast<size_t>(s.data - space->values()) / kSegmentBytes;
         s.status = space->place(slot, 1, space->statusUsed);
     }
     if (s.uniformStatus != 0) std::memset(s.status, s.uniformStatus, kSegmentBytes);

@@ -5,10 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdint>
 #include <cstring>
-#include <new>
-#include <utility>
 
 namespace vortelm {
 
@@ -61,42 +58,6 @@ FileBytes::FileBytes(FileBytes&& other) noexcept
 
 FileBytes::~FileBytes() {
     if (mapped_) ::munmap(const_cast<char*>(data_), size_);
-}
-
-ScratchBytes::ScratchBytes(size_t size) {
-    constexpr size_t kLargePage = size_t(2) << 20;
-    mappingSize_ = size + kLargePage;
-    mapping_ = ::mmap(nullptr, mappingSize_, PROT_READ | PROT_WRITE,
-                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-    if (mapping_ == MAP_FAILED) {
-        mapping_ = nullptr;
-        throw std::bad_alloc();
-    }
-    const auto a = (reinterpret_cast<uintptr_t>(mapping_) + kLargePage - 1) & ~(kLargePage - 1);
-    data_ = reinterpret_cast<uint8_t*>(a);
-    size_ = size;
-    ::madvise(data_, size_, MADV_HUGEPAGE);
-}
-
-ScratchBytes::ScratchBytes(ScratchBytes&& other) noexcept
-    : mapping_(std::exchange(other.mapping_, nullptr)),
-      mappingSize_(std::exchange(other.mappingSize_, 0)),
-      data_(std::exchange(other.data_, nullptr)),
-      size_(std::exchange(other.size_, 0)) {}
-
-ScratchBytes& ScratchBytes::operator=(ScratchBytes&& other) noexcept {
-    if (this != &other) {
-        if (mapping_) ::munmap(mapping_, mappingSize_);
-        mapping_ = std::exchange(other.mapping_, nullptr);
-        mappingSize_ = std::exchange(other.mappingSize_, 0);
-        data_ = std::exchange(other.data_, nullptr);
-        size_ = std::exchange(other.size_, 0);
-    }
-    return *this;
-}
-
-ScratchBytes::~ScratchBytes() {
-    if (mapping_) ::munmap(mapping_, mappingSize_);
 }
 
 std::string_view LineCursor::next() {

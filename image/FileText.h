@@ -36,28 +36,6 @@ class FileBytes {
     std::vector<char> copy_;
 };
 
-// A large scratch area of fresh (zeroed) pages, large pages where the
-// kernel has them: their first touch costs a fraction of that of small ones.
-class ScratchBytes {
-  public:
-    ScratchBytes() = default;
-    // Throws std::bad_alloc when the pages cannot be had.
-    explicit ScratchBytes(size_t size);
-    ScratchBytes(ScratchBytes&& other) noexcept;
-    ScratchBytes& operator=(ScratchBytes&& other) noexcept;
-    ScratchBytes(const ScratchBytes&) = delete;
-    ScratchBytes& operator=(const ScratchBytes&) = delete;
-    ~ScratchBytes();
-    [[nodiscard]] uint8_t* data() const { return data_; }
-    [[nodiscard]] size_t size() const { return size_; }
-
-  private:
-    void* mapping_ = nullptr;
-    size_t mappingSize_ = 0;
-    uint8_t* data_ = nullptr;
-    size_t size_ = 0;
-};
-
 // Lines of a text, as the line input of the original reads them.
 class LineCursor {
   public:

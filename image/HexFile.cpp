@@ -16,6 +16,7 @@
 #include "core/Text.h"
 #include "image/Dump.h"
 #include "image/FileText.h"
+#include "image/FreshPages.h"
 #include "image/ImageCommon.h"
 #include "image/Selections.h"
 
@@ -53,7 +54,7 @@ struct HexTail {
     };
     bool plain = false;
     std::vector<Run> runs;
-    ScratchBytes bytes;
+    FreshPages bytes;
     size_t used = 0;
 };
 
@@ -127,7 +128,7 @@ void ReadPlainTail(std::string_view text, size_t pos, HexTail& tail,
     try {
         // Room for the most bytes the tail can spell, and for one record
         // decoded beyond them before it is known to be plain.
-        tail.bytes = ScratchBytes((text.size() - pos) / 2 + 256);
+        tail.bytes = FreshPages((text.size() - pos) / 2 + 256, true);
         int32_t base = 0;
         while (pos < text.size()) {
             if (stop.stop_requested()) return;
