@@ -165,6 +165,8 @@ class FVortElm : public QMainWindow, public HostWindow, public HexPageView {
     void buildScriptMenu();
     void buildHelpMenu();
     void refreshRecentFiles();
+    // Puts the file at the top of the recent files and redraws their menu.
+    void rememberRecent(const std::string& path);
     void buildToolBar();
     void buildUserScriptBar();
     void buildStatusBar();

@@ -44,10 +44,8 @@ forms::RecentFiles& Attached(forms::RecentFiles& recent, const ProgramState& st)
 void FVortElm::showFileLoad(forms::LoadType type) {
     FFileLoad d(program_.session(), type, this);
     ScaleNewForm(&d);
-    if (d.exec() == QDialog::Accepted && type == forms::LoadType::Hex) {
-        Attached(recent_, st_).add(d.form().ChosenPath());
-        refreshRecentFiles();
-    }
+    if (d.exec() == QDialog::Accepted && type == forms::LoadType::Hex)
+        rememberRecent(d.form().ChosenPath());
     refreshFeatureButtons();
     afterCommand();
 }
@@ -69,10 +67,7 @@ void FVortElm::showSaveAs() {
 void FVortElm::showBinFileLoad() {
     FBinFileLoad d(st_, this);
     ScaleNewForm(&d);
-    if (d.exec() == QDialog::Accepted) {
-        Attached(recent_, st_).add(d.form().ChosenPath());
-        refreshRecentFiles();
-    }
+    if (d.exec() == QDialog::Accepted) rememberRecent(d.form().ChosenPath());
     afterCommand();
 }
 
@@ -120,11 +115,13 @@ void FVortElm::runUserScript(int index) {
 
 void FVortElm::loadImageFile(const std::string& path) {
     guarded([&]() { forms::LoadImageByKind(st_, path, forms::ImageKindOf(path)); });
-    if (st_.selections.count > 0) {
-        Attached(recent_, st_).add(path);
-        refreshRecentFiles();
-    }
+    if (st_.selections.count > 0) rememberRecent(path);
     afterCommand();
+}
+
+void FVortElm::rememberRecent(const std::string& path) {
+    Attached(recent_, st_).add(path);
+    refreshRecentFiles();
 }
 
 void FVortElm::openRecentFile(int index) {
